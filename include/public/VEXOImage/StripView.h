@@ -1,0 +1,91 @@
+#pragma once
+
+// What a kernel sees of a strip: plain data and a few functions with internal linkage. This header is read by kernel
+// sources, so nothing here may need the standard library at run time.
+
+#include <stddef.h>
+
+namespace vexo::image {
+
+enum class eBorder { Mirror, Replicate, Circular, Constant };
+
+/// The index inside [0, n) that an index outside it stands for; -1 when it stands for the constant.
+static inline ptrdiff_t mapBorderIndex(eBorder border, ptrdiff_t i, ptrdiff_t n) {
+  if (i >= 0 && i < n) return i;
+  switch (border) {
+    case eBorder::Replicate:
+      return i < 0 ? 0 : n - 1;
+    case eBorder::Circular: {
+      const ptrdiff_t m = i % n;
+      return m < 0 ? m + n : m;
+    }
+    case eBorder::Constant:
+      return -1;
+    case eBorder::Mirror:
+      break;
+  }
+  ptrdiff_t m = i % (2 * n);
+  if (m < 0) m += 2 * n;
+  return m < n ? m : 2 * n - 1 - m;
+}
+
+/// A strip that is read: the part [begin, end) of an image, per axis X, Y, Z, and margins around it. Positions are those
+/// of the image; positions in the margins may lie outside of it.
+struct StripSource {
+  const unsigned char* image;  ///< sample (0, 0, 0)
+  ptrdiff_t rowStride, sliceStride;
+  ptrdiff_t size[3];
+  ptrdiff_t begin[3], end[3];
+  ptrdiff_t marginBefore[3], marginAfter[3];
+  int sampleSize;
+  eBorder border;
+  unsigned char constant[4];  ///< the constant of the border, as a sample of the image
+
+  /// When the image is also written, positions on the axis of the cut that lie outside [begin, end) are read from copies
+  /// that were taken before the first strip ran: position p of the image is position savedPosition[p] of the copy.
+  /// Null otherwise.
+  const unsigned char* saved;
+  const ptrdiff_t* savedPosition;
+  ptrdiff_t savedRowStride, savedSliceStride;
+  int cutAxis;
+};
+
+/// A strip that is written.
+struct StripTarget {
+  unsigned char* data;  ///< the sample at (begin[0], begin[1], begin[2])
+  ptrdiff_t rowStride, sliceStride;
+  ptrdiff_t begin[3], end[3];
+  int sampleSize;
+};
+
+/// Address at which column 0 of the row (y, z) lies, the border applied to y and z; null when the row is constant.
+/// Columns [0, size[0]) may be read there, or, when a strip cut along X has copies, [begin[0], end[0]).
+static inline const unsigned char* sourceRow(const StripSource& s, ptrdiff_t y, ptrdiff_t z) {
+  const bool savedY = s.saved && s.cutAxis == 1 && (y < s.begin[1] || y >= s.end[1]);
+  const bool savedZ = s.saved && s.cutAxis == 2 && (z < s.begin[2] || z >= s.end[2]);
+  y = mapBorderIndex(s.border, y, s.size[1]);
+  z = mapBorderIndex(s.border, z, s.size[2]);
+  if (y < 0 || z < 0) return nullptr;
+  if (savedY) return s.saved + s.savedPosition[y] * s.savedRowStride + z * s.savedSliceStride;
+  if (savedZ) return s.saved + y * s.savedRowStride + s.savedPosition[z] * s.savedSliceStride;
+  return s.image + y * s.rowStride + z * s.sliceStride;
+}
+
+/// Address of the sample x of the row (y, z), the border applied to all three; null when it is the constant.
+static inline const unsigned char* sourceSample(const StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z) {
+  const bool savedX = s.saved && s.cutAxis == 0 && (x < s.begin[0] || x >= s.end[0]);
+  const unsigned char* row = sourceRow(s, y, z);
+  x = mapBorderIndex(s.border, x, s.size[0]);
+  if (!row || x < 0) return nullptr;
+  if (!savedX) return row + x * s.sampleSize;
+  y = mapBorderIndex(s.border, y, s.size[1]);
+  z = mapBorderIndex(s.border, z, s.size[2]);
+  return s.saved + y * s.savedRowStride + z * s.savedSliceStride + s.savedPosition[x] * s.sampleSize;
+}
+
+/// Address of the first column of a row of the target.
+static inline unsigned char* targetRow(const StripTarget& t, ptrdiff_t y, ptrdiff_t z) {
+  return t.data + (y - t.begin[1]) * t.rowStride + (z - t.begin[2]) * t.sliceStride;
+}
+
+}  // namespace vexo::image
