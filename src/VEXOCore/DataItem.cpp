@@ -133,18 +133,21 @@ std::string dataItemToText(const BaseDataItemNode& item) {
 BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item) {
   std::istringstream fields(text);
   std::string field;
-  while (std::getline(fields, field, ',')) {
+  for (std::size_t position = 0; std::getline(fields, field, ','); ++position) {
     const auto equals = field.find('=');
-    if (equals == std::string::npos) return BoolResult::failure("'" + field + "' is not of the form Name=value");
     const std::string key = field.substr(0, equals);
-    BaseDataItemLeaf* leaf = item.findLeaf(key);
+    BaseDataItemLeaf* leaf = nullptr;
+    if (equals != std::string::npos)
+      leaf = item.findLeaf(key);
+    else if (position < item.getLeafCount())
+      leaf = &item.getLeaf(position);
     if (!leaf) {
       std::string known;
       for (std::size_t i = 0; i < item.getLeafCount(); ++i) known += (i ? ", " : "") + item.getLeaf(i).getKey();
       return BoolResult::failure("unknown field '" + key + "'; the fields are " + known);
     }
-    if (const BoolResult set = leaf->setText(field.substr(equals + 1)); !set)
-      return BoolResult::failure(key + ": " + set.getMessage());
+    if (const BoolResult set = leaf->setText(equals == std::string::npos ? field : field.substr(equals + 1)); !set)
+      return BoolResult::failure(leaf->getKey() + ": " + set.getMessage());
   }
   return true;
 }

@@ -108,7 +108,7 @@ private:
 
 /// "Key=value,Key=value" of the leaves of a node (its own, not those of nodes inside it).
 VEXO_API std::string dataItemToText(const BaseDataItemNode& item);
-/// Sets the named leaves; on failure the message names the key, and the valid keys when it is unknown. Leaves set before
+/// Sets the named leaves; a value without a name goes to the leaf at its position ("0,255" for a range). On failure the message names the key, and the valid keys when it is unknown. Leaves set before
 /// the failure keep their new values.
 VEXO_API BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item);
 

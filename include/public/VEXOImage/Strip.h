@@ -99,8 +99,9 @@ using InputImageZStrip3dWithKernel = InputStrip;
 using OutputImageZStrip3d = OutputStrip;
 using InOutImageZStrip3d = OutputStrip;
 
-/// Reads strips for a kernel: adds the border policy to a strip.
-class StripReader {
+/// What a third-level processor keeps per strip attribute: it turns the strip into the plain data that kernels read
+/// lines from, or write lines to.
+class InputStripParser {
 public:
   void setBorder2dPolicy(const boost::shared_ptr<const Border2dPolicy>& border) { _border = *border; }
   void setBorder3dPolicy(const boost::shared_ptr<const Border3dPolicy>& border) { _border = *border; }
@@ -110,5 +111,17 @@ public:
 private:
   BorderPolicy _border;
 };
+class OutputStripParser {
+public:
+  StripTarget parse(OutputStrip& strip) const { return strip.makeTarget(); }
+};
+
+// The parsers by their usual names.
+using BaseLineYStrip2dParser = OutputStripParser;
+using BaseLineYStrip2dWithKernelParser = InputStripParser;
+using BaseLineXStrip2dParser = OutputStripParser;
+using BaseLineXStrip2dWithKernelParser = InputStripParser;
+using BaseLineZStrip3dParser = OutputStripParser;
+using BaseLineZStrip3dWithKernelParser = InputStripParser;
 
 }  // namespace vexo::image
