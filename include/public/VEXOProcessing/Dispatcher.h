@@ -1,0 +1,82 @@
+#pragma once
+
+#include "VEXOProcessing/Split.h"
+
+namespace vexo::processor {
+
+/// Runs a processor once per piece: makes it, sets the attributes that the splits serve, runs it without rules.
+class VEXO_API BaseProcessorDispatcher : public core::BaseActionProvider {
+public:
+  void runPiece(std::size_t pieceIndex, const core::RunShare& share) override;
+
+protected:
+  using Creator = boost::shared_ptr<BaseProcessor> (*)();
+  explicit BaseProcessorDispatcher(Creator creator) : _creator(creator) {}
+  /// Throws when a split serves another class of processor.
+  void setSplits(const core::BasePriority& priority, std::vector<boost::shared_ptr<BaseSplit>> splits);
+
+private:
+  Creator _creator;
+  core::BasePriority _priority;
+  std::vector<boost::shared_ptr<BaseSplit>> _splits;
+};
+
+/// The number of pieces is that of the static splits, which must agree.
+class VEXO_API BaseStaticProcessorDispatcher : public BaseProcessorDispatcher {
+public:
+  void initBase(const core::BasePriority& priority, const std::vector<boost::shared_ptr<BaseStaticSplit>>& splits);
+  std::size_t prepare() override { return _pieceCount; }
+
+protected:
+  using BaseProcessorDispatcher::BaseProcessorDispatcher;
+
+private:
+  std::size_t _pieceCount = 0;
+};
+template <class P>
+class StaticProcessorDispatcher : public BaseStaticProcessorDispatcher {
+public:
+  StaticProcessorDispatcher() : BaseStaticProcessorDispatcher(&P::createBaseProcessor) {}
+};
+
+/// Cuts the axis that the dynamic splits share into strips, by the dispatch policy of the processor class.
+class VEXO_API BaseDynamicProcessorDispatcher : public BaseProcessorDispatcher {
+public:
+  void initBase(const core::BasePriority& priority, const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits);
+  std::size_t prepare() override;
+
+protected:
+  BaseDynamicProcessorDispatcher(Creator creator, const ProcessorDispatchPolicy& policy)
+      : BaseProcessorDispatcher(creator), _policy(policy) {}
+
+private:
+  ProcessorDispatchPolicy _policy;
+  std::vector<boost::shared_ptr<BaseDynamicSplit>> _splits;
+};
+template <class P>
+class DynamicProcessorDispatcher : public BaseDynamicProcessorDispatcher {
+public:
+  DynamicProcessorDispatcher()
+      : BaseDynamicProcessorDispatcher(&P::createBaseProcessor, P::getDefaultDispatchPolicy()) {}
+};
+
+/// The strips of an axis: as many as the policy allows, of equal length within one.
+VEXO_API image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin, const ProcessorDispatchPolicy& policy);
+
+/// Dispatchers in one expression: over the pieces of static splits, and over strips.
+template <class P, class... Splits>
+boost::shared_ptr<core::BaseActionProvider> dispatchPieces(const core::BasePriority& priority,
+                                                           const boost::shared_ptr<Splits>&... splits) {
+  const auto dispatcher = boost::make_shared<StaticProcessorDispatcher<P>>();
+  dispatcher->initBase(priority, {splits...});
+  return dispatcher;
+}
+template <class P, class... Splits>
+boost::shared_ptr<core::BaseActionProvider> dispatchStrips(const core::BasePriority& priority,
+                                                           const boost::shared_ptr<Splits>&... splits) {
+  const auto dispatcher = boost::make_shared<DynamicProcessorDispatcher<P>>();
+  dispatcher->initBase(priority, {splits...});
+  return dispatcher;
+}
+
+}  // namespace vexo::processor

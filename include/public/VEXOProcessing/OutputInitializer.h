@@ -1,0 +1,69 @@
+#pragma once
+
+#include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
+#include <boost/weak_ptr.hpp>
+#include <map>
+#include <string>
+
+#include "VEXOProcessing/Attribute.h"
+
+namespace vexo::processor {
+
+/// Creates a mandatory output that the caller did not give.
+class VEXO_API BaseOutputInitializer {
+public:
+  virtual ~BaseOutputInitializer();
+  virtual void initOutputAttribute() = 0;
+};
+
+using OutputInitializerColl = std::map<std::string, boost::shared_ptr<BaseOutputInitializer>>;
+
+/// Creates an output image, in the same kind of memory as an input image.
+class VEXO_API ImageOutputInitializer : public BaseOutputInitializer {
+public:
+  struct Description {
+    image::ImageGeometry geometry;
+    image::eImageBufferType type;
+  };
+  ImageOutputInitializer(boost::weak_ptr<BaseImageAttribute> output, boost::weak_ptr<const BaseImageAttribute> input)
+      : _output(std::move(output)), _input(std::move(input)) {}
+
+  /// Geometry and type that the output will have. Throws when the input is not set.
+  Description describe() const { return describeFrom(*getInput()); }
+  void initOutputAttribute() override;
+
+protected:
+  virtual Description describeFrom(const image::BaseImage& input) const = 0;
+
+private:
+  boost::shared_ptr<const image::BaseImage> getInput() const;
+
+  boost::weak_ptr<BaseImageAttribute> _output;
+  boost::weak_ptr<const BaseImageAttribute> _input;
+};
+
+/// The kinds of output image that differ only in what they take over from the input.
+VEXO_API boost::shared_ptr<BaseOutputInitializer> makeDuplicateInitializer(
+    boost::weak_ptr<BaseImageAttribute> output, boost::weak_ptr<const BaseImageAttribute> input);
+VEXO_API boost::shared_ptr<BaseOutputInitializer> makePromoteInitializer(
+    boost::weak_ptr<BaseImageAttribute> output, boost::weak_ptr<const BaseImageAttribute> input);
+
+}  // namespace vexo::processor
+
+namespace vexo::imaproc {
+
+/// The output gets the input's geometry and sample type.
+template <class TIn, class TOut>
+boost::shared_ptr<processor::BaseOutputInitializer> duplicateInOut(const boost::weak_ptr<TOut>& output,
+                                                                   const boost::weak_ptr<TIn>& input) {
+  return processor::makeDuplicateInitializer(output, input);
+}
+/// The output gets the input's geometry and is 32-bit float.
+template <class TIn, class TOut>
+boost::shared_ptr<processor::BaseOutputInitializer> promoteUnary(const boost::weak_ptr<TOut>& output,
+                                                                 const boost::weak_ptr<TIn>& input) {
+  return processor::makePromoteInitializer(output, input);
+}
+
+}  // namespace vexo::imaproc

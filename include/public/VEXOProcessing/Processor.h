@@ -1,0 +1,163 @@
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "VEXOCore/Action.h"
+#include "VEXOCore/BaseDynamicObject.h"
+#include "VEXOProcessing/Attribute.h"
+#include "VEXOProcessing/OutputInitializer.h"
+#include "VEXOProcessing/ProcessingMessages.h"
+#include "VEXOProcessing/Rule.h"
+
+namespace vexo::processor {
+
+enum class eProcessorRulePolicy { WithRules = 0, WithoutRules = 1 };
+
+/// How the strips of a third-level class are cut: each has at least `minStripLength` positions on the axis of the cut, and
+/// at least `lengthPerMargin` times the kernel margin, so that few positions are read twice. Nothing else decides the
+/// cut, so that results do not depend on the number of threads.
+struct ProcessorDispatchPolicy {
+  std::size_t minStripLength = 64;
+  std::size_t lengthPerMargin = 8;
+};
+
+/// A filter, or a step of one: an object with typed attributes that can be checked and run.
+///
+/// Life: made empty; init() creates attributes and rules; set<A>() gives values; run() checks, creates missing outputs and
+/// computes; getStorage<A>() reads the results. It may be run again with other values. One caller at a time.
+class VEXO_API BaseProcessor : public core::BaseAction, public BaseDynamicObject {
+public:
+  ~BaseProcessor() override;
+
+  BoolResult init(eProcessorRulePolicy rulePolicy = eProcessorRulePolicy::WithRules);
+  bool isInitialised() const { return _initialised; }
+  eProcessorRulePolicy getRulePolicy() const { return _rulePolicy; }
+
+  virtual const std::string& getToolTip() const = 0;
+  virtual const std::string& getObjectName() const = 0;
+  virtual std::uint32_t getClassVersion() const = 0;
+  const ProcessorDispatchPolicy& getDispatchPolicy() const { return _dispatchPolicy; }
+
+  /// In declaration order; empty before init().
+  const AttributeColl& getAttributes() const { return _attributes; }
+  /// Null when there is none of that name.
+  boost::shared_ptr<BaseAttribute> findAttribute(const std::string& name) const;
+
+  /// Throws, and leaves the old value, when the processor has no such attribute, when it is running, or when the attribute
+  /// refuses the value (a null handle, a number out of range).
+  template <class A>
+  void set(const typename A::StorageType& value) {
+    const boost::shared_ptr<A> attribute = accessAttribute<A>();
+    checkNotRunning();
+    attribute->setStorage(value);
+    forgetCreation(*attribute);
+  }
+  /// The value or the default; a null handle when there is neither. Throws when the processor has no such attribute.
+  template <class A>
+  typename A::StorageType getStorage() const {
+    return accessAttribute<A>()->getStorage();
+  }
+  template <class A>
+  boost::shared_ptr<A> accessAttribute() const {
+    for (const auto& attribute : _attributes)
+      if (typeid(*attribute) == typeid(A)) return boost::static_pointer_cast<A>(attribute);
+    raiseNoSuchAttribute(A::info().name);
+  }
+
+  /// What a run checks before it starts: mandatory inputs are set, no output overlaps an input in memory (but may be the
+  /// same image), the rule holds. Throws the reason.
+  void checkCall() const;
+  /// Geometry and type of the output image of that name, given or to be created; throws when it cannot be told yet.
+  ImageOutputInitializer::Description describeOutput(const BaseImageAttribute& output) const;
+
+  /// Attribute values and settings of a processor of the same class. False when it is of another.
+  BoolResult copy(const BaseDynamicObject& other) override;
+  bool hasCopySupport() const override { return true; }
+
+  /// Serial form: a section named by the class with "version" and the attributes that are set. Reading refuses a greater
+  /// version with false, anything else that is wrong with an UnHandleException; either way the object stays as it was.
+  virtual void write(BaseOArchive& archive) const;
+  virtual BoolResult read(BaseIArchive& archive);
+
+  /// Runs as a part of another run, in its threads.
+  void runNested(const core::RunShare& share) { execute(share); }
+
+protected:
+  virtual void initAttributeColl(AttributeColl& attributes, OutputInitializerColl& outputInitializers) = 0;
+  virtual BoolResult initDerived(AttributeColl& attributes, OutputInitializerColl& outputInitializers,
+                                 ProcessorDispatchPolicy& dispatchPolicy, RulePtr& rule,
+                                 eProcessorRulePolicy rulePolicy) = 0;
+  virtual RulePtr createRule() const { return none(); }
+
+  /// Called before and after the work of a run.
+  virtual BoolResult preProcess() { return true; }
+  virtual void clearIntermediateData() {}
+  /// The work.
+  virtual void process(const core::RunShare& share) = 0;
+
+  void execute(const core::RunShare& share) final;
+  std::string getRunName() const final { return getObjectName(); }
+
+private:
+  void checkNotRunning() const;
+  [[noreturn]] void raiseNoSuchAttribute(const std::string& attributeName) const;
+  void forgetCreation(const BaseAttribute& attribute);
+  void createMissingOutputs();
+  void dropCreatedOutputs();
+  void releaseWorkImages();
+
+  bool _initialised = false;
+  eProcessorRulePolicy _rulePolicy = eProcessorRulePolicy::WithRules;
+  AttributeColl _attributes;
+  OutputInitializerColl _outputInitializers;
+  ProcessorDispatchPolicy _dispatchPolicy;
+  RulePtr _rule;
+  AttributeColl _createdOutputs;  ///< outputs that the last run created, not the caller
+  AttributeColl _emptyWork;       ///< work images that were not set when the run began
+};
+
+/// Runs and waits; throws whatever made the run fail.
+VEXO_API void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor);
+
+/// A processor as the single action of a provider.
+VEXO_API boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(boost::shared_ptr<BaseProcessor> processor);
+
+/// Processors that delegate to one provider, or to two or three that run one after the other. A provider that stays null
+/// has nothing to do.
+class VEXO_API BaseAsync1Processor : public BaseProcessor {
+protected:
+  virtual BoolResult retrieveProvider(const core::BasePriority& priority,
+                                      boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
+  void process(const core::RunShare& share) override;
+};
+
+class VEXO_API BaseAsync2Processor : public BaseProcessor {
+protected:
+  virtual BoolResult retrieveFirstProvider(const core::BasePriority& priority,
+                                           boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
+  virtual BoolResult retrieveSecondProvider(const core::BasePriority& priority,
+                                            boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
+  void process(const core::RunShare& share) override;
+};
+
+class VEXO_API BaseAsync3Processor : public BaseAsync2Processor {
+protected:
+  virtual BoolResult retrieveThirdProvider(const core::BasePriority& priority,
+                                           boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
+  void process(const core::RunShare& share) override;
+};
+
+/// A processor whose provider is retrieved again for each repetition, which may look at what the ones before have done.
+class VEXO_API BaseRepeatedAsync1Processor : public BaseProcessor {
+protected:
+  /// Asked when the run starts.
+  virtual std::size_t getRepetitionCount() const = 0;
+  virtual BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t repetitionIndex,
+                                      boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
+  void process(const core::RunShare& share) override;
+};
+
+}  // namespace vexo::processor

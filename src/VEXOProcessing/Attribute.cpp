@@ -1,0 +1,87 @@
+#include "VEXOProcessing/Attribute.h"
+
+#include <cstring>
+
+#include "VEXOCore/Buffer.h"
+#include "VEXOProcessing/ProcessingMessages.h"
+
+namespace vexo::processor {
+namespace {
+
+bool startsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
+
+}  // namespace
+
+AttributeInfo::AttributeInfo(const std::string& qualifiedClassName, const char* tip)
+    : name(shortTypeName(qualifiedClassName)), toolTip(tip) {
+  std::size_t prefix = 2;
+  direction = eAttributeDirection::In;
+  if (startsWith(name, "InOut")) {
+    prefix = 5;
+    direction = eAttributeDirection::InOut;
+  } else if (startsWith(name, "Out")) {
+    prefix = 3;
+    direction = eAttributeDirection::Out;
+  }
+  optional = name.compare(prefix, 3, "Opt") == 0;
+}
+
+bool AttributeInfo::isWorkImage() const {
+  return direction == eAttributeDirection::Out && name.compare(optional ? 6 : 3, 2, "Wk") == 0;
+}
+
+BaseAttribute::~BaseAttribute() = default;
+
+void raiseRefusedValue(const std::string& attributeName, const std::string& why) {
+  raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::RefusedValue, attributeName, why);
+}
+
+void writeImage(BaseOArchive& archive, const std::string& name, const image::BaseImage& image) {
+  const auto* host = dynamic_cast<const image::Image*>(&image);
+  if (!host) raiseRefusedValue(name, "an image on the GPU cannot be written to an archive");
+  const image::ImageGeometry& g = image.getGeometry();
+  const image::ImageStrides dense = image::denseStrides(g, image.getBufferType());
+  std::vector<unsigned char> samples(static_cast<std::size_t>(dense.t) * g.t);
+  const auto packed = image::Image::wrap(samples.data(), g, image.getBufferType(), dense);
+  image::copySamples(*host, *packed);
+
+  ArchiveSectionManager section(archive, name);
+  archive.write("type", image::toString(image.getBufferType()));
+  archive.write("x", std::uint64_t(g.x));
+  archive.write("y", std::uint64_t(g.y));
+  archive.write("z", std::uint64_t(g.z));
+  archive.write("c", std::uint64_t(g.c));
+  archive.write("t", std::uint64_t(g.t));
+  archive.writeBytes("samples", samples);
+}
+
+boost::shared_ptr<image::Image> readImage(BaseIArchive& archive, const std::string& name) {
+  ArchiveSectionManager section(archive, name);
+  std::string typeName;
+  archive.read("type", typeName);
+  image::eImageBufferType type;
+  if (const BoolResult known = image::fromString(typeName, type); !known) raiseRefusedValue(name, known.getMessage());
+  image::ImageGeometry g;
+  const auto readSize = [&](const char* item, std::size_t& size) {
+    std::uint64_t value = 0;
+    archive.read(item, value);
+    size = value;
+  };
+  readSize("x", g.x);
+  readSize("y", g.y);
+  readSize("z", g.z);
+  readSize("c", g.c);
+  readSize("t", g.t);
+  std::vector<unsigned char> samples;
+  archive.readBytes("samples", samples);
+  const image::ImageStrides dense = image::denseStrides(g, type);
+  // Compared before the image is created: what the text claims must not make us allocate more than it holds.
+  if (checkedMultiply(static_cast<std::size_t>(dense.t), g.t, "image size") != samples.size())
+    raiseRefusedValue(name, std::to_string(samples.size()) + " bytes of samples do not fit " + image::toString(g) +
+                                " of " + typeName);
+  const auto result = image::Image::create(g, type);
+  std::memcpy(result->getData(), samples.data(), samples.size());
+  return result;
+}
+
+}  // namespace vexo::processor

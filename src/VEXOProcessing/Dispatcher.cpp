@@ -1,0 +1,77 @@
+#include "VEXOProcessing/Dispatcher.h"
+
+#include <algorithm>
+
+namespace vexo::processor {
+
+BaseSplit::~BaseSplit() = default;
+
+void BaseProcessorDispatcher::setSplits(const core::BasePriority& priority,
+                                        std::vector<boost::shared_ptr<BaseSplit>> splits) {
+  const boost::shared_ptr<BaseProcessor> sample = _creator();
+  for (const auto& split : splits)
+    if (const BoolResult served = split->checkProcessorType(*sample); !served)
+      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::WrongProcessor,
+                                  served.getMessage());
+  _priority = priority;
+  _splits = std::move(splits);
+}
+
+void BaseProcessorDispatcher::runPiece(std::size_t pieceIndex, const core::RunShare& share) {
+  const boost::shared_ptr<BaseProcessor> processor = _creator();
+  // The first level has checked the whole; its pieces need no rules of their own.
+  processor->init(eProcessorRulePolicy::WithoutRules);
+  for (const auto& split : _splits) split->setPiece(*processor, pieceIndex);
+  processor->runNested(share);
+}
+
+void BaseStaticProcessorDispatcher::initBase(const core::BasePriority& priority,
+                                             const std::vector<boost::shared_ptr<BaseStaticSplit>>& splits) {
+  setSplits(priority, {splits.begin(), splits.end()});
+  _pieceCount = 1;
+  const BaseStaticSplit* first = nullptr;
+  for (const auto& split : splits) {
+    const auto count = split->getPieceCount();
+    if (!count) continue;
+    if (first && *count != _pieceCount)
+      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnevenSplits,
+                                  first->getAttributeName() + " has " + std::to_string(_pieceCount) + " pieces, " +
+                                      split->getAttributeName() + " has " + std::to_string(*count));
+    first = split.get();
+    _pieceCount = *count;
+  }
+}
+
+void BaseDynamicProcessorDispatcher::initBase(const core::BasePriority& priority,
+                                              const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits) {
+  setSplits(priority, {splits.begin(), splits.end()});
+  _splits = splits;
+}
+
+std::size_t BaseDynamicProcessorDispatcher::prepare() {
+  std::optional<BaseDynamicSplit::Axis> axis;
+  for (const auto& split : _splits) {
+    const auto wanted = split->getAxis();
+    if (!wanted) continue;
+    if (!axis) axis = wanted;
+    if (wanted->direction != axis->direction || wanted->length != axis->length)
+      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnevenSplits,
+                                  split->getAttributeName() + " is cut along another axis, or is of another length");
+    axis->margin = std::max(axis->margin, wanted->margin);
+  }
+  const image::StripBounds bounds =
+      axis ? cutIntoStrips(axis->length, axis->margin, _policy) : image::StripBounds{0, 1};
+  for (const auto& split : _splits) split->prepare(bounds);
+  return bounds.size() - 1;
+}
+
+image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin, const ProcessorDispatchPolicy& policy) {
+  const std::size_t shortest =
+      std::max<std::size_t>({policy.minStripLength, margin * policy.lengthPerMargin, std::size_t(1)});
+  const std::size_t count = std::max<std::size_t>(1, length / shortest);
+  image::StripBounds bounds(count + 1);
+  for (std::size_t i = 0; i <= count; ++i) bounds[i] = length / count * i + std::min(i, length % count);
+  return bounds;
+}
+
+}  // namespace vexo::processor

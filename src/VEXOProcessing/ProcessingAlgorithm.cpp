@@ -1,0 +1,112 @@
+#include "VEXOProcessing/ProcessingAlgorithm.h"
+
+#include "VEXOCore/Buffer.h"
+
+namespace vexo::processor {
+
+void BaseProcessingAlgorithm::initDataParserColl(DataParserColl& parsers) const {
+  for (const auto& attribute : getAttributes()) {
+    if (dynamic_cast<const BaseInputStripAttribute*>(attribute.get()))
+      parsers.inputs.emplace(attribute->getName(), image::InputStripParser());
+    else if (dynamic_cast<const BaseOutputStripAttribute*>(attribute.get()))
+      parsers.outputs.emplace(attribute->getName(), image::OutputStripParser());
+  }
+}
+
+void BaseProcessingAlgorithm::getDataTypeIdColl(DataTypeIdentifierColl& types) const {
+  const auto add = [&](image::eImageBufferType type) {
+    types.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(type));
+  };
+  for (const auto& attribute : getAttributes())
+    if (const auto* input = dynamic_cast<const BaseInputStripAttribute*>(attribute.get()))
+      add(input->getStrip()->getBufferType());
+  for (const auto& attribute : getAttributes())
+    if (const auto* output = dynamic_cast<const BaseOutputStripAttribute*>(attribute.get()))
+      add(output->getStrip()->getBufferType());
+}
+
+BoolResult BaseProcessingAlgorithm::preProcess() {
+  initDataParserColl(_parsers);
+  return preProcessStrip();
+}
+
+void BaseProcessingAlgorithm::process(const core::RunShare& share) {
+  DataTypeIdentifierColl types;
+  getDataTypeIdColl(types);
+  const InstructionSetsIdentifier forced = getForcedInstructionSets();
+  const AlgorithmFunction function = getFunctionSelector().select(types, forced);
+  if (!function.function)
+    raiseMessage<BaseException>(
+        getProcessingLogger(), VEXO_HERE, eProcessorMessage::NoFunction, getObjectName(), types.getNames(),
+        forced.isEmpty() ? std::string() : "in the forced instruction set " + core::toString(forced.getSets()));
+  if (const BoolResult done = runFunction(function, types); !done)
+    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(),
+                                done.getMessage());
+  share.done();
+}
+
+BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& function, const DataTypeIdentifierColl&) {
+  std::vector<image::StripSource> sources;
+  std::vector<image::StripTarget> targets;
+  std::vector<LoadLine> loaders;
+  std::vector<StoreLine> storers;
+  std::vector<boost::shared_ptr<image::OutputStrip>> outputs;
+  std::vector<const image::BaseImage*> inputImages;
+  for (const auto& attribute : getAttributes()) {
+    if (const auto* input = dynamic_cast<const BaseInputStripAttribute*>(attribute.get())) {
+      const auto strip = input->getStrip();
+      sources.push_back(_parsers.inputs.at(attribute->getName()).parse(*strip));
+      loaders.push_back(function.table->loaders[static_cast<int>(strip->getBufferType())]);
+      inputImages.push_back(strip->getImage().get());
+    } else if (const auto* output = dynamic_cast<const BaseOutputStripAttribute*>(attribute.get())) {
+      const auto strip = output->getStrip();
+      targets.push_back(_parsers.outputs.at(attribute->getName()).parse(*strip));
+      storers.push_back(function.table->storers[static_cast<int>(strip->getBufferType())]);
+      outputs.push_back(strip);
+    }
+  }
+  bool inPlace = false;
+  for (const auto& output : outputs)
+    for (const image::BaseImage* input : inputImages)
+      inPlace = inPlace || image::getOverlap(*input, *output->getImage()) != image::eOverlap::None;
+
+  ProcessingInfo info{sources.data(), targets.data(), loaders.data(), storers.data(), getKernelParameters(),
+                      inPlace,        nullptr};
+  HybridBuffer<> scratch(function.table->scratchSize ? function.table->scratchSize(info) : 0);
+  info.scratch = scratch.data();
+  if (const char* failure = function.function(info)) return BoolResult::failure(failure);
+  for (const auto& output : outputs) output->commit();
+  return true;
+}
+
+KernelRegistrator::KernelRegistrator(AlgorithmFunctionSelector& selector, const std::vector<KernelObject>& objects) {
+  for (const KernelObject& object : objects) {
+    if (!AlgorithmFunctionSelector::isSupported(object.sets)) continue;
+    for (int in = 0; in < kernelTypeCount; ++in)
+      for (int out = 0; out < kernelTypeCount; ++out) {
+        if (!object.table.functions[in][out]) continue;
+        AlgorithmFunctionIdentifier identifier;
+        identifier.types.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(in)));
+        identifier.types.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(out)));
+        identifier.sets = object.sets;
+        identifier.efficiency = AlgorithmFunctionEfficiency(object.sets).getEfficiency();
+        identifier.function = {object.table.functions[in][out], &object.table};
+        selector.registerFunction(identifier);
+      }
+  }
+}
+
+void BaseGpuProcessingAlgorithm::process(const core::RunShare& share) {
+  for (const auto& attribute : getAttributes()) {
+    const auto* image = dynamic_cast<const BaseImageAttribute*>(attribute.get());
+    if (image && image->isSet() && !image->getImage()->isGpuImage())
+      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(),
+                                  attribute->getName() + " is not an image on the GPU");
+  }
+  if (const BoolResult done = processOnGpu(); !done)
+    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(),
+                                done.getMessage());
+  share.done();
+}
+
+}  // namespace vexo::processor

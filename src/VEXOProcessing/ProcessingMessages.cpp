@@ -1,0 +1,38 @@
+#include "VEXOProcessing/ProcessingMessages.h"
+
+namespace vexo {
+
+using processor::eProcessorMessage;
+
+LogMessageManager& MessageMap<eProcessorMessage>::manager() { return LogMessageManager::getInstance("VEXOProcessing"); }
+
+const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
+  static const std::vector<std::pair<eProcessorMessage, const char*>> table = {
+      {eProcessorMessage::NotInitialised, "%1% is not initialised"},
+      {eProcessorMessage::MissingInput, "%1%: the input %2% is not set"},
+      {eProcessorMessage::NoInitializer, "%1%: the output %2% is not set and cannot be created"},
+      {eProcessorMessage::NoSuchAttribute, "%1% has no attribute %2%"},
+      {eProcessorMessage::OverlappingImages,
+       "%1%: %2% and %3% overlap in memory without being the same image: the result would depend on itself"},
+      {eProcessorMessage::NoFunction, "%1% has no kernel for the sample types (%2%) %3%"},
+      {eProcessorMessage::UnevenSplits, "the splits of a dispatcher disagree: %1%"},
+      {eProcessorMessage::WrongProcessor, "a split serves another processor: %1%"},
+      {eProcessorMessage::UnknownProcessor, "no processor is registered as '%1%'"},
+      {eProcessorMessage::NotSerialisable, "%1%: archive refused: %2%"},
+      {eProcessorMessage::ProviderFailed, "%1%: %2%"},
+      {eProcessorMessage::RuleFailed, "%1%: %2%"},
+      {eProcessorMessage::StillRunning, "%1% is running: its attributes cannot be changed"},
+      {eProcessorMessage::RefusedValue, "%1%: the value is refused: %2%"}};
+  return table;
+}
+
+namespace processor {
+
+log4cplus::Logger getProcessingLogger() { return getModuleLogger("VEXOProcessing"); }
+
+namespace {
+const bool registered = static_cast<bool>(MsgMapRegistrator<eProcessorMessage>::registerMessageMap());
+}
+
+}  // namespace processor
+}  // namespace vexo

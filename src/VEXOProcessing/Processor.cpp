@@ -1,0 +1,251 @@
+#include "VEXOProcessing/Processor.h"
+
+#include <algorithm>
+
+#include "VEXOSerialization/SerializationMessages.h"
+
+namespace vexo::processor {
+namespace {
+
+template <class... Args>
+[[noreturn]] void fail(const boost::source_location& where, eProcessorMessage message, const Args&... args) {
+  raiseMessage<BaseException>(getProcessingLogger(), where, message, args...);
+}
+
+/// Calls a function at the end of the scope, whichever way it is left.
+template <class Function>
+class AtExit {
+public:
+  explicit AtExit(Function function) : _function(std::move(function)) {}
+  ~AtExit() { _function(); }
+
+private:
+  Function _function;
+};
+
+}  // namespace
+
+BaseProcessor::~BaseProcessor() = default;
+
+BoolResult BaseProcessor::init(eProcessorRulePolicy rulePolicy) {
+  checkNotRunning();
+  _createdOutputs.clear();
+  _outputInitializers.clear();
+  _attributes.clear();
+  _rulePolicy = rulePolicy;
+  const BoolResult result = initDerived(_attributes, _outputInitializers, _dispatchPolicy, _rule, rulePolicy);
+  _initialised = result.isOk();
+  return result;
+}
+
+boost::shared_ptr<BaseAttribute> BaseProcessor::findAttribute(const std::string& name) const {
+  for (const auto& attribute : _attributes)
+    if (attribute->getName() == name) return attribute;
+  return nullptr;
+}
+
+void BaseProcessor::checkNotRunning() const {
+  if (isRunning()) fail(VEXO_HERE, eProcessorMessage::StillRunning, getObjectName());
+}
+
+void BaseProcessor::raiseNoSuchAttribute(const std::string& attributeName) const {
+  if (!_initialised) fail(VEXO_HERE, eProcessorMessage::NotInitialised, getObjectName());
+  fail(VEXO_HERE, eProcessorMessage::NoSuchAttribute, getObjectName(), attributeName);
+}
+
+void BaseProcessor::checkCall() const {
+  if (!_initialised) fail(VEXO_HERE, eProcessorMessage::NotInitialised, getObjectName());
+  if (_rulePolicy == eProcessorRulePolicy::WithoutRules) return;
+  for (const auto& attribute : _attributes)
+    if (attribute->isInput() && !attribute->isOptional() && !attribute->isSet() && !attribute->hasDefault())
+      fail(VEXO_HERE, eProcessorMessage::MissingInput, getObjectName(), attribute->getName());
+  for (const auto& out : _attributes) {
+    const auto* output = dynamic_cast<const BaseImageAttribute*>(out.get());
+    if (!output || !output->isOutput() || !output->isSet()) continue;
+    for (const auto& in : _attributes) {
+      const auto* input = dynamic_cast<const BaseImageAttribute*>(in.get());
+      if (input && input != output && input->isSet() &&
+          image::getOverlap(*input->getImage(), *output->getImage()) == image::eOverlap::Partial)
+        fail(VEXO_HERE, eProcessorMessage::OverlappingImages, getObjectName(), input->getName(), output->getName());
+    }
+  }
+  if (const BoolResult held = _rule->check(); !held)
+    fail(VEXO_HERE, eProcessorMessage::RuleFailed, getObjectName(), held.getMessage());
+}
+
+ImageOutputInitializer::Description BaseProcessor::describeOutput(const BaseImageAttribute& output) const {
+  if (const auto image = output.getImage()) return {image->getGeometry(), image->getBufferType()};
+  const auto found = _outputInitializers.find(output.getName());
+  const auto* initializer = found == _outputInitializers.end()
+                                ? nullptr
+                                : dynamic_cast<const ImageOutputInitializer*>(found->second.get());
+  if (!initializer) fail(VEXO_HERE, eProcessorMessage::NoInitializer, getObjectName(), output.getName());
+  return initializer->describe();
+}
+
+void BaseProcessor::forgetCreation(const BaseAttribute& attribute) {
+  const auto isIt = [&](const boost::shared_ptr<BaseAttribute>& created) { return created.get() == &attribute; };
+  _createdOutputs.erase(std::remove_if(_createdOutputs.begin(), _createdOutputs.end(), isIt), _createdOutputs.end());
+}
+
+void BaseProcessor::createMissingOutputs() {
+  for (const auto& attribute : _attributes) {
+    if (attribute->isInput() || attribute->isOptional() || attribute->isSet()) continue;
+    const auto initializer = _outputInitializers.find(attribute->getName());
+    // Outputs that are no image, and work images, may be set by the run itself.
+    if (initializer == _outputInitializers.end()) continue;
+    initializer->second->initOutputAttribute();
+    _createdOutputs.push_back(attribute);
+  }
+}
+
+void BaseProcessor::dropCreatedOutputs() {
+  for (const auto& attribute : _createdOutputs) attribute->clear();
+  _createdOutputs.clear();
+}
+
+void BaseProcessor::releaseWorkImages() {
+  for (const auto& attribute : _emptyWork) attribute->clear();
+  _emptyWork.clear();
+}
+
+void BaseProcessor::execute(const core::RunShare& share) {
+  // What the run before created belongs to whoever read it; this run may need another size.
+  dropCreatedOutputs();
+  checkCall();
+  for (const auto& attribute : _attributes)
+    if (attribute->getInfo().isWorkImage() && !attribute->isSet()) _emptyWork.push_back(attribute);
+  const AtExit cleanUp([this] {
+    clearIntermediateData();
+    releaseWorkImages();
+  });
+  try {
+    createMissingOutputs();
+    if (const BoolResult ready = preProcess(); !ready)
+      fail(VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(), ready.getMessage());
+    process(share);
+  } catch (...) {
+    // Half a result is no result.
+    dropCreatedOutputs();
+    throw;
+  }
+}
+
+BoolResult BaseProcessor::copy(const BaseDynamicObject& other) {
+  const auto* twin = dynamic_cast<const BaseProcessor*>(&other);
+  if (!twin || twin->getClassName() != getClassName())
+    return BoolResult::failure(getClassName() + " cannot copy a " + other.getClassName());
+  if (twin == this || !twin->_initialised) return true;
+  if (const BoolResult ready = init(twin->_rulePolicy); !ready) return ready;
+  for (std::size_t i = 0; i < _attributes.size(); ++i) {
+    if (const BoolResult copied = _attributes[i]->copyValue(*twin->_attributes[i]); !copied) return copied;
+    // A result stays a result: the copy will create its own rather than write over the original's.
+    const auto& created = twin->_createdOutputs;
+    if (std::find(created.begin(), created.end(), twin->_attributes[i]) != created.end())
+      _createdOutputs.push_back(_attributes[i]);
+  }
+  _dispatchPolicy = twin->_dispatchPolicy;
+  setThreadLimit(twin->getThreadLimit());
+  setPriority(twin->getPriority());
+  return true;
+}
+
+void BaseProcessor::write(BaseOArchive& archive) const {
+  ArchiveSectionManager section(archive, getClassName());
+  archive.write("version", getClassVersion());
+  for (const auto& attribute : _attributes) attribute->write(archive);
+}
+
+BoolResult BaseProcessor::read(BaseIArchive& archive) {
+  checkNotRunning();
+  try {
+    ArchiveSectionManager section(archive, getClassName());
+    std::uint32_t version = 0;
+    archive.read("version", version);
+    if (version > getClassVersion()) {
+      const std::string text =
+          formatMessage(eSerializationMessage::NewerVersion, getClassName(), version, getClassVersion());
+      logError(getSerializationLogger(), text, VEXO_HERE);
+      return BoolResult::failure(text);
+    }
+    archive.registerClassVersion(getClassName(), version);
+    const auto fresh = boost::static_pointer_cast<BaseProcessor>(createShared());
+    fresh->init(_initialised ? _rulePolicy : eProcessorRulePolicy::WithRules);
+    for (const auto& attribute : fresh->_attributes) attribute->read(archive);
+    return copy(*fresh);
+  } catch (const UnHandleException&) {
+    throw;
+  } catch (const std::exception& failure) {
+    raise<UnHandleException>(
+        getProcessingLogger(), VEXO_HERE,
+        formatMessage(eProcessorMessage::NotSerialisable, getObjectName(), std::string(failure.what())));
+  }
+}
+
+void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor) {
+  if (const BoolResult result = processor->run(core::eSynchroType::Synchronous); !result) {
+    processor->rethrowFailure();
+    raise<BaseException>(getProcessingLogger(), VEXO_HERE, result.getMessage());
+  }
+}
+
+namespace {
+
+class SingleActionProvider final : public core::BaseActionProvider {
+public:
+  explicit SingleActionProvider(boost::shared_ptr<BaseProcessor> processor) : _processor(std::move(processor)) {}
+  std::size_t prepare() override { return 1; }
+  void runPiece(std::size_t, const core::RunShare& share) override { _processor->runNested(share); }
+
+private:
+  boost::shared_ptr<BaseProcessor> _processor;
+};
+
+/// Runs what a retrieve function gives; `retrieve` answers a BoolResult and fills the provider.
+template <class Retrieve>
+void runProvider(const BaseProcessor& processor, const core::RunShare& share, const Retrieve& retrieve) {
+  share.state.throwIfStopped();
+  boost::shared_ptr<core::BaseActionProvider> provider;
+  if (const BoolResult result = retrieve(share.state.getPriority(), provider); !result)
+    fail(VEXO_HERE, eProcessorMessage::ProviderFailed, processor.getObjectName(), result.getMessage());
+  if (provider)
+    core::ActionRunner::getInstance().run(*provider, share);
+  else
+    share.done();
+}
+
+}  // namespace
+
+boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(boost::shared_ptr<BaseProcessor> processor) {
+  return boost::make_shared<SingleActionProvider>(std::move(processor));
+}
+
+void BaseAsync1Processor::process(const core::RunShare& share) {
+  runProvider(*this, share, [this](const auto& priority, auto& provider) { return retrieveProvider(priority, provider); });
+}
+
+void BaseAsync2Processor::process(const core::RunShare& share) {
+  runProvider(*this, share.part(2),
+              [this](const auto& priority, auto& provider) { return retrieveFirstProvider(priority, provider); });
+  runProvider(*this, share.part(2),
+              [this](const auto& priority, auto& provider) { return retrieveSecondProvider(priority, provider); });
+}
+
+void BaseAsync3Processor::process(const core::RunShare& share) {
+  runProvider(*this, share.part(3),
+              [this](const auto& priority, auto& provider) { return retrieveFirstProvider(priority, provider); });
+  runProvider(*this, share.part(3),
+              [this](const auto& priority, auto& provider) { return retrieveSecondProvider(priority, provider); });
+  runProvider(*this, share.part(3),
+              [this](const auto& priority, auto& provider) { return retrieveThirdProvider(priority, provider); });
+}
+
+void BaseRepeatedAsync1Processor::process(const core::RunShare& share) {
+  const std::size_t count = getRepetitionCount();
+  if (count == 0) return share.done();
+  for (std::size_t i = 0; i < count; ++i)
+    runProvider(*this, share.part(count),
+                [this, i](const auto& priority, auto& provider) { return retrieveProvider(priority, i, provider); });
+}
+
+}  // namespace vexo::processor

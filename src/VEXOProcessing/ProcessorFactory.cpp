@@ -1,0 +1,56 @@
+#include "VEXOProcessing/ProcessorFactory.h"
+
+#include <boost/thread/mutex.hpp>
+#include <map>
+
+namespace vexo::processor {
+namespace {
+
+struct Registry {
+  boost::mutex mutex;
+  std::map<std::string, ProcessorFactory::ProcessorInfo> infos;
+};
+
+Registry& registry() {
+  // Never destroyed: libraries unregister their classes when they unload, in any order.
+  static auto& instance = *new Registry;
+  return instance;
+}
+
+}  // namespace
+
+void ProcessorFactory::registerProcessor(const std::string& typeName, const ProcessorInfo& info) {
+  boost::mutex::scoped_lock lock(registry().mutex);
+  registry().infos[typeName] = info;
+}
+
+void ProcessorFactory::unRegisterProcessor(const std::string& typeName) {
+  boost::mutex::scoped_lock lock(registry().mutex);
+  registry().infos.erase(typeName);
+}
+
+boost::shared_ptr<BaseProcessor> ProcessorFactory::createProcessor(const std::string& typeName) {
+  ProcessorInfo info{};
+  {
+    boost::mutex::scoped_lock lock(registry().mutex);
+    const auto found = registry().infos.find(typeName);
+    if (found != registry().infos.end()) info = found->second;
+  }
+  if (!info.sharedCreator)
+    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnknownProcessor, typeName);
+  return boost::static_pointer_cast<BaseProcessor>(info.sharedCreator());
+}
+
+bool ProcessorFactory::isRegistered(const std::string& typeName) {
+  boost::mutex::scoped_lock lock(registry().mutex);
+  return registry().infos.count(typeName) != 0;
+}
+
+std::vector<std::string> ProcessorFactory::getTypeNames() {
+  boost::mutex::scoped_lock lock(registry().mutex);
+  std::vector<std::string> names;
+  for (const auto& entry : registry().infos) names.push_back(entry.first);
+  return names;
+}
+
+}  // namespace vexo::processor

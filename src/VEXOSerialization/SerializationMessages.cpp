@@ -1,0 +1,23 @@
+#include "VEXOSerialization/SerializationMessages.h"
+
+#include "VEXOCore/Log.h"
+
+namespace vexo {
+
+LogMessageManager& MessageMap<eSerializationMessage>::manager() {
+  return LogMessageManager::getInstance("VEXOSerialization");
+}
+
+const std::vector<std::pair<eSerializationMessage, const char*>>&
+MessageMap<eSerializationMessage>::messages() {
+  static const std::vector<std::pair<eSerializationMessage, const char*>> table = {
+      {eSerializationMessage::NewerVersion,
+       "%1%: version %2% of the archive is greater than the version %3% that this library reads"}};
+  return table;
+}
+
+log4cplus::Logger getSerializationLogger() {
+  return getModuleLogger("VEXOSerialization");
+}
+
+}  // namespace vexo
