@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "VEXOCore/Log.h"
+
+namespace vexo::image::io {
+
+constexpr const char* moduleName = "VEXOImageIO";
+
+/// What the operating system says about an error number.
+std::string describeErrno(int number);
+
+/// An open file. C libraries call its operations, which therefore never throw; they keep the first failure
+/// instead.
+class File {
+public:
+  /// Owns the descriptor. `errorPrefix` starts every message about this file: "cannot read 'a.tif'".
+  File(std::string errorPrefix, int descriptor)
+      : _errorPrefix(std::move(errorPrefix)), _descriptor(descriptor) {}
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  ~File() { close(); }
+
+  const std::string& getErrorPrefix() const { return _errorPrefix; }
+  int getDescriptor() const { return _descriptor; }
+  std::uint64_t getSize() const noexcept;
+
+  /// Bytes read. Fewer than asked for, whatever the reason, are a failure.
+  std::size_t read(void* to, std::size_t size) noexcept;
+  bool write(const void* from, std::size_t size) noexcept;
+  /// The new position, or -1: an offset out of range, which is no failure yet.
+  std::int64_t seek(std::int64_t offset, int whence) noexcept;
+  bool close() noexcept;
+
+  bool hasFailed() const { return _errno != 0 || _endedEarly; }
+  /// What went wrong first; empty while nothing did.
+  std::string getFailure() const;
+
+private:
+  void keepErrno() noexcept;
+
+  const std::string _errorPrefix;
+  int _descriptor;
+  int _errno = 0;
+  bool _endedEarly = false;
+};
+
+/// Raises an error about a file; the arguments are joined.
+template <class... Args>
+[[noreturn]] void raiseFileError(const boost::source_location& where, const File& file, const Args&... args) {
+  raiseError(where, moduleName, file.getErrorPrefix(), ": ", args...);
+}
+
+/// Runs an allocation for a file, so that its error names the file too.
+template <class Allocate>
+auto allocateFor(const File& file, const Allocate& allocate) {
+  try {
+    return allocate();
+  } catch (const BaseException& e) {
+    raiseFileError(VEXO_HERE, file, e.getMessage());
+  }
+}
+
+}  // namespace vexo::image::io

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <tiffio.h>
+
+#include "VEXOImageIO/File.h"
+
+namespace vexo::image::io {
+
+/// libtiff on an open file. The first error it reports is kept; nothing goes to its global handlers.
+class TiffHandle {
+public:
+  /// Throws when the file cannot be opened in this mode of libtiff.
+  TiffHandle(File& file, const char* mode);
+  TiffHandle(const TiffHandle&) = delete;
+  TiffHandle& operator=(const TiffHandle&) = delete;
+  ~TiffHandle() { close(); }
+
+  TIFF* get() const { return _tiff; }
+  void close() noexcept;
+  bool hasFailed() const { return _error[0] != 0 || _file.hasFailed(); }
+  std::string getCause() const;
+  /// Throws when `succeeded` is false or an error was reported.
+  void check(bool succeeded) const;
+
+private:
+  static int keepError(TIFF*, void* self, const char* where, const char* format, va_list arguments);
+
+  File& _file;
+  TIFF* _tiff = nullptr;
+  char _error[256] = "";
+};
+
+}  // namespace vexo::image::io

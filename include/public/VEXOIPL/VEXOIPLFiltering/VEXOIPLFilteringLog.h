@@ -1,0 +1,20 @@
+#pragma once
+
+#include "VEXOCore/Log.h"
+
+namespace vexo::imaproc::filter {
+
+/// The exception that the filtering module raises.
+class VEXO_API VEXOIPLFilteringException : public BaseException {
+public:
+  using BaseException::BaseException;
+  ~VEXOIPLFilteringException() override;
+};
+
+/// getBaseLoggerName() + ".VEXOIPLFiltering"
+VEXO_API const std::string& getVEXOIPLFilteringLoggerName();
+VEXO_API log4cplus::Logger getVEXOIPLFilteringLogger();
+/// LogMessageManager::getInstance("VEXOIPLFiltering"): the texts of the module.
+VEXO_API LogMessageManager& getVEXOIPLFilteringLogMessageManager();
+
+}  // namespace vexo::imaproc::filter

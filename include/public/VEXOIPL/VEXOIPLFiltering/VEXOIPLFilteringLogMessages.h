@@ -1,0 +1,80 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLog.h"
+
+namespace vexo::imaproc::filter {
+
+/// Tool tips of processors. Values are stable: they are part of the interface.
+enum class eProcessorMessage {
+  Convolution2dImgLvl1 = 20,
+  Convolution2dImgLvl2 = 21,
+  Convolution2dImgLvl3 = 22,
+  Convolution3dImgLvl1 = 24,
+  Convolution3dImgLvl3 = 26,
+  MeanSmoothing2dImgLvl1 = 105,
+  MeanSmoothing2dImgLvl2 = 106,
+  MeanSmoothing2dImgLvl3 = 107,
+  MeanSmoothing2dMaskImgLvl1 = 109,
+  MeanSmoothing2dMaskImgLvl2 = 110,
+  MeanSmoothing2dMaskImgLvl3 = 111,
+  MeanSmoothing3dImgLvl1 = 112,
+  MeanSmoothing3dMaskImgLvl1 = 114,
+  MeanSmoothing3dMaskImgLvl2 = 115,
+  MeanSmoothing3dMaskImgLvl3 = 116,
+};
+
+/// Tool tips of the module's own attributes.
+enum class eAttributeMessage { InDicPhaseRetrievalParams = 0, InOutMaxVal = 1 };
+
+/// Tool tips of the module's own data items and their fields.
+enum class eDataItemMessage {
+  DefocusDistance = 0,
+  Delta = 1,
+  Energy = 2,
+  Wavelength = 3,
+  Lengthscale = 4,
+  AbsorptionCoefficient = 5,
+  DicPhaseRetrievalParams = 6,
+  MaxVal = 7,
+  MaxValField = 8,
+};
+
+enum class eOutputInitializerMessage { NullInput = 0 };
+
+/// Errors of the module as a whole: none so far.
+enum class eVEXOIPLFilteringMessage {};
+
+/// What the tables below have in common.
+struct VEXO_API FilteringMessages {
+  static LogMessageManager& manager() { return getVEXOIPLFilteringLogMessageManager(); }
+};
+
+}  // namespace vexo::imaproc::filter
+
+namespace vexo {
+
+template <>
+struct VEXO_API MessageMap<imaproc::filter::eProcessorMessage> : imaproc::filter::FilteringMessages {
+  static const std::vector<std::pair<imaproc::filter::eProcessorMessage, const char*>>& messages();
+};
+template <>
+struct VEXO_API MessageMap<imaproc::filter::eAttributeMessage> : imaproc::filter::FilteringMessages {
+  static const std::vector<std::pair<imaproc::filter::eAttributeMessage, const char*>>& messages();
+};
+template <>
+struct VEXO_API MessageMap<imaproc::filter::eDataItemMessage> : imaproc::filter::FilteringMessages {
+  static const std::vector<std::pair<imaproc::filter::eDataItemMessage, const char*>>& messages();
+};
+template <>
+struct VEXO_API MessageMap<imaproc::filter::eOutputInitializerMessage> : imaproc::filter::FilteringMessages {
+  static const std::vector<std::pair<imaproc::filter::eOutputInitializerMessage, const char*>>& messages();
+};
+template <>
+struct VEXO_API MessageMap<imaproc::filter::eVEXOIPLFilteringMessage> : imaproc::filter::FilteringMessages {
+  static const std::vector<std::pair<imaproc::filter::eVEXOIPLFilteringMessage, const char*>>& messages();
+};
+
+}  // namespace vexo

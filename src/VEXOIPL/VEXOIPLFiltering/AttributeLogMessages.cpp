@@ -1,0 +1,19 @@
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+
+namespace vexo {
+
+using imaproc::filter::eAttributeMessage;
+
+const std::vector<std::pair<eAttributeMessage, const char*>>& MessageMap<eAttributeMessage>::messages() {
+  static const std::vector<std::pair<eAttributeMessage, const char*>> table = {
+      {eAttributeMessage::InDicPhaseRetrievalParams,
+       "[Input] Attribute for the set of parameter used for the DIC phase retrieval algorithm"},
+      {eAttributeMessage::InOutMaxVal, "[InOut] Maximum value"}};
+  return table;
+}
+
+namespace {
+const bool registered = static_cast<bool>(MsgMapRegistrator<eAttributeMessage>::registerMessageMap());
+}
+
+}  // namespace vexo

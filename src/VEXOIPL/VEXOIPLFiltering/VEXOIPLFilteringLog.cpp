@@ -1,0 +1,18 @@
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLog.h"
+
+namespace vexo::imaproc::filter {
+
+VEXOIPLFilteringException::~VEXOIPLFilteringException() = default;
+
+const std::string& getVEXOIPLFilteringLoggerName() {
+  static const std::string name = getBaseLoggerName() + ".VEXOIPLFiltering";
+  return name;
+}
+
+log4cplus::Logger getVEXOIPLFilteringLogger() { return getModuleLogger("VEXOIPLFiltering"); }
+
+LogMessageManager& getVEXOIPLFilteringLogMessageManager() {
+  return LogMessageManager::getInstance("VEXOIPLFiltering");
+}
+
+}  // namespace vexo::imaproc::filter
