@@ -1,0 +1,26 @@
+# Shared by the scripts of this folder: where the project is, and how missing packages come in. Sourced, not run.
+project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+build_packages=(g++ cmake ninja-build pkg-config ccache libboost-dev liblog4cplus-dev libtbb-dev libtiff-dev libpng-dev
+  nlohmann-json3-dev libcli11-dev)
+
+# Installs those of the named Debian packages that are missing; as root, or with sudo.
+install_packages() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2> /dev/null | grep -q '^install ok installed$' || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+  echo "Installing ${missing[*]}"
+  local as_root=()
+  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+  "${as_root[@]}" apt-get update -qq
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# build <preset> [cmake options]: configures and builds into build/<preset>.
+build() {
+  local preset=$1
+  shift
+  (cd "$project" && cmake --preset "$preset" "$@" > /dev/null && cmake --build --preset "$preset")
+}

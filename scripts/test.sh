@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs all tests: as released, with the address and undefined-behaviour
+# sanitizers, and the frame with the thread sanitizer. "test.sh release" runs only the first.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+install_packages "${build_packages[@]}" libgtest-dev libgmock-dev python3-minimal
+
+presets=("$@")
+[ ${#presets[@]} -gt 0 ] || presets=(release asan tsan)
+for preset in "${presets[@]}"; do
+  build "$preset" -DVEXO_BUILD_TESTS=ON
+  echo "== $preset"
+  tests=()
+  # The thread sanitizer is for what runs in threads; files, texts and the command line add nothing there.
+  [ "$preset" = tsan ] && tests=(-R '^(CoreTest|ImageTest|ProcessingTest|FilteringTest)$')
+  (cd "$project" && ctest --preset "$preset" "${tests[@]}")
+done
