@@ -1,8 +1,9 @@
 #pragma once
 
-// From floats to samples of integer types, a vector at a time. A conversion gives integers whose low bits are the
-// samples; narrowing them to the sample type is a step of its own. No value, NaN and infinities included, reaches a
-// conversion instruction that has no result for it.
+// From floats to samples of integer types, a vector at a time. A conversion gives integers whose low bits are
+// the samples; narrowing them to the sample type is a step of its own. Values that do not fit, NaN and
+// infinities included, are replaced before a float becomes an integer, because the language does not define
+// what they become.
 
 #include <stddef.h>
 #if defined(__SSE2__)
@@ -28,17 +29,20 @@ template <class T>
 constexpr float lowest = isSigned<T> ? -aboveHighest<T> : 0.0f;
 
 /// The value where the mask (all bits or none, per lane) is set, else 0.
-inline FloatV keepWhere(IntV mask, FloatV value) { return FloatV(IntV(value) & mask); }
+inline FloatV keepWhere(IntV mask, FloatV value) {
+  return FloatV(IntV(value) & mask);
+}
 
-/// The half that is added to the magnitude before a truncation. It is the float below 0.5: so 0.49999997 gives 0, and
-/// odd values from 2^23 on, which a sum with 0.5 would round to even, survive.
+/// The half that is added to the magnitude before a truncation. It is the float below 0.5: so 0.49999997
+/// gives 0, and odd values from 2^23 on, which a sum with 0.5 would round to even, survive.
 inline FloatV addHalfAwayFromZero(FloatV v) {
   const IntV sign = IntV(v) & IntV(splat<FloatV>(-0.0f));
   return v + FloatV(sign | IntV(splat<FloatV>(0x1.fffffep-2f)));
 }
 
-/// The truncated value, or -2^31 where that does not fit, as the instruction of x86 answers: measured 30 % faster on whole
-/// lines than to replace these values before the conversion of the language.
+/// The truncated value, or -2^31 where that does not fit. It is what the instruction of x86 is defined to
+/// answer; to replace such values first, for the conversion of the language, was measured 30 % slower on
+/// whole lines.
 inline IntV truncateOrLowest(FloatV v) {
 #if defined(__AVX512F__)
   return IntV(_mm512_maskz_cvttps_epi32(0xffff, v));
@@ -52,7 +56,9 @@ inline IntV truncateOrLowest(FloatV v) {
 #endif
 }
 
-inline IntV truncate(FloatV v) { return __builtin_convertvector(v, IntV); }
+inline IntV truncate(FloatV v) {
+  return __builtin_convertvector(v, IntV);
+}
 
 /// The low 32 bits of the truncated value, whose magnitude is below 2^63. All steps are exact.
 inline IntV truncateLowBits(FloatV v) {
@@ -63,14 +69,14 @@ inline IntV truncateLowBits(FloatV v) {
   return truncate(rest);
 }
 
-/// Integers that saturate at 32 bits, or 64 bits for samples of 32 bits; only the low bits are kept. The low bits of the
-/// highest integer are ones, those of the lowest zeros.
+/// Integers that saturate at 32 bits, or 64 bits for samples of 32 bits; only the low bits are kept. The low
+/// bits of the highest integer are ones, those of the lowest zeros.
 template <class T>
 inline IntV wrap(FloatV v) {
   constexpr float limit = sizeof(T) < 4 ? 0x1p31f : 0x1p63f;
   const FloatV rounded = addHalfAwayFromZero(v);
   const IntV tooHigh = rounded >= splat<FloatV>(limit);
-  if (sizeof(T) < 4) return truncateOrLowest(rounded) | tooHigh;
+  if constexpr (sizeof(T) < 4) return truncateOrLowest(rounded) | tooHigh;
   const IntV fits = (rounded > splat<FloatV>(-limit)) & ~tooHigh;
   return truncateLowBits(keepWhere(fits, rounded)) | tooHigh;
 }

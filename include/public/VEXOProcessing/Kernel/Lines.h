@@ -1,12 +1,13 @@
 #pragma once
 
-// Loaders and storers: rows of samples of any type to and from lines of floats. A kernel that works on float lines
-// serves all pairs of types with the seven of each.
+// Loaders and storers: rows of samples of any type to and from lines of floats. A kernel that works on float
+// lines serves all pairs of types with the seven of each.
 
 #include <stddef.h>
 
 #include "VEXOImage/StripView.h"
 #include "VEXOProcessing/Kernel/Convert.h"
+#include "VEXOProcessing/Kernel/Integers.h"
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
@@ -19,16 +20,14 @@ inline T readSample(const unsigned char* p) {
   return value;
 }
 
-/// Reads a sample left or right of the image.
+/// Reads samples [x, x + n), one at a time, wherever they lie.
 template <class T>
-inline T readBorderSample(const image::StripSource& s, const unsigned char* row, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z) {
-  const bool copied = s.saved && s.cutAxis == 0;
-  if (row && s.border == image::eBorder::Mirror && !copied) {  // by far the most frequent case: without a division
-    const ptrdiff_t mirrored = x < 0 ? -1 - x : 2 * s.size[0] - 1 - x;
-    if (mirrored >= 0 && mirrored < s.size[0]) return readSample<T>(row + mirrored * ptrdiff_t(sizeof(T)));
+inline void loadSamples(float* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
+                        ptrdiff_t n) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const unsigned char* sample = image::sourceSample(s, x + i, y, z);
+    line[i] = float(readSample<T>(sample ? sample : s.constant));
   }
-  const unsigned char* sample = image::sourceSample(s, x, y, z);
-  return readSample<T>(sample ? sample : s.constant);
 }
 
 /// A processor::LoadLine. Integers of 32 bits become the nearest float.
@@ -36,22 +35,33 @@ template <class T>
 void loadLine(float* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) {
   constexpr ptrdiff_t size = sizeof(T);
   const unsigned char* row = image::sourceRow(s, y, z);
+  if (!row) return loadSamples<T>(line, s, x, y, z, n);
+
+  // Columns [first, last) can be read in the row. With them the line falls into pieces: outside on the left,
+  // mirrored on the left, in the row, mirrored on the right, outside on the right. Mirrored pieces spare a
+  // division per sample.
   const bool copied = s.saved && s.cutAxis == 0;
   const ptrdiff_t first = copied ? s.begin[0] : 0, last = copied ? s.end[0] : s.size[0];
-  ptrdiff_t begin = x < first ? first - x : 0, end = last - x < n ? last - x : n;  // the part that lies in the row
-  if (!row || begin >= end) begin = end = n;
-  for (ptrdiff_t i = 0; i < begin; ++i) line[i] = float(readBorderSample<T>(s, row, x + i, y, z));
-  for (ptrdiff_t i = begin; i < end; ++i) line[i] = float(readSample<T>(row + (x + i) * size));
-  for (ptrdiff_t i = end; i < n; ++i) line[i] = float(readBorderSample<T>(s, row, x + i, y, z));
+  const ptrdiff_t mirrored = s.border == image::eBorder::Mirror && !copied ? s.size[0] : 0;
+  const ptrdiff_t end = x + n;
+  const ptrdiff_t a = clamp(first - mirrored, x, end), b = clamp(first, x, end);
+  const ptrdiff_t c = clamp(last, x, end), d = clamp(last + mirrored, x, end);
+  loadSamples<T>(line, s, x, y, z, a - x);
+  for (ptrdiff_t i = a; i < b; ++i) line[i - x] = float(readSample<T>(row + (-1 - i) * size));
+  for (ptrdiff_t i = b; i < c; ++i) line[i - x] = float(readSample<T>(row + i * size));
+  for (ptrdiff_t i = c; i < d; ++i) line[i - x] = float(readSample<T>(row + (2 * s.size[0] - 1 - i) * size));
+  loadSamples<T>(line + (d - x), s, d, y, z, end - d);
 }
 
 /// A processor::StoreLine for integers.
 template <class T, eConversion conversion>
-void storeLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) {
+void storeLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
+               ptrdiff_t n) {
   constexpr ptrdiff_t size = sizeof(T);
   unsigned char* row = image::targetRow(t, y, z) + (x - t.begin[0]) * size;
   ptrdiff_t i = 0;
-  for (; n - i >= convertedAtOnce; i += convertedAtOnce) convertBlock<T, conversion>(row + i * size, line + i);
+  for (; n - i >= convertedAtOnce; i += convertedAtOnce)
+    convertBlock<T, conversion>(row + i * size, line + i);
   if (i == n) return;
   float rest[convertedAtOnce] = {};
   unsigned char samples[convertedAtOnce * size];
@@ -61,29 +71,14 @@ void storeLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrd
 }
 
 /// A processor::StoreLine for floats, as they are.
-inline void storeFloatLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
-                           ptrdiff_t n) {
-#ifdef NT
-  unsigned char* p = image::targetRow(t, y, z) + (x - t.begin[0]) * ptrdiff_t(sizeof(float));
-  ptrdiff_t i = 0;
-  if ((size_t(p) & 3) == 0) {
-    for (; i < n && (size_t(p + 4 * i) & 63); ++i) __builtin_memcpy(p + 4 * i, line + i, 4);
-    for (; i + 16 <= n; i += 16) {
-      for (int k = 0; k < 16; k += lanesOf<FloatV>)
-#if defined(__AVX512F__)
-      _mm512_stream_ps((float*)(p + 4 * (i + k)), loadVector<FloatV>(line + i + k));
-#elif defined(__AVX__)
-      _mm256_stream_ps((float*)(p + 4 * (i + k)), loadVector<FloatV>(line + i + k));
-#else
-      _mm_stream_ps((float*)(p + 4 * (i + k)), loadVector<FloatV>(line + i + k));
-#endif
-    }
-  }
-  __builtin_memcpy(p + 4 * i, line + i, 4 * size_t(n - i));
-#else
+inline void storeFloatLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrdiff_t y,
+                           ptrdiff_t z, ptrdiff_t n) {
   __builtin_memcpy(image::targetRow(t, y, z) + (x - t.begin[0]) * ptrdiff_t(sizeof(float)), line,
                    size_t(n) * sizeof(float));
-#endif
+}
+
+inline void clearLine(float* line, ptrdiff_t n) {
+  __builtin_memset(line, 0, size_t(n) * sizeof(float));
 }
 
 }  // namespace

@@ -8,8 +8,8 @@
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
 
-/// The table of a kernel that works on lines of floats, and hence serves all pairs of types with one function. On AVX,
-/// which has no integer vectors, only float to float: SSE2 does the other pairs as well.
+/// The table of a kernel that works on lines of floats, and hence serves all pairs of types with one
+/// function. On AVX, which has no integer vectors, only float to float: SSE2 does the other pairs as well.
 template <eConversion conversion>
 constexpr processor::KernelTable makeFloatLineTable(processor::KernelFunction function,
                                                     size_t (*scratchSize)(const processor::ProcessingInfo&)) {

@@ -1,7 +1,8 @@
 #pragma once
 
-// Vectors of floats for kernel sources, in the vector extension of GCC and Clang: +, -, * and comparisons work lane by
-// lane, and the same source serves every instruction set. Only types that the set holds in one register are defined.
+// Vectors of floats for kernel sources, in the vector extension of GCC and Clang: +, -, * and comparisons
+// work lane by lane, and the same source serves every instruction set. Only types that the set holds in one
+// register are defined.
 
 #include <stddef.h>
 
@@ -48,14 +49,17 @@ inline V splat(float value) {
   return value - V{};  // not +, which would lose the sign of -0
 }
 
-inline IntV splatInt(int value) { return value - IntV{}; }
+inline IntV splatInt(int value) {
+  return value - IntV{};
+}
 
-#if !defined(__AVX512F__)  // which has instructions for it
-/// The low bytes, respectively halves, of the elements of a, then those of b; for processors that store these first.
+#if !defined(__AVX512F__)  // which has instructions that narrow
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "low halves are expected first");
+/// The low halves of the elements of a, then those of b.
 #if defined(__AVX__)
 inline ByteV evenBytes(ByteV a, ByteV b) {
-  return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30, 32, 34, 36, 38, 40, 42,
-                                 44, 46, 48, 50, 52, 54, 56, 58, 60, 62);
+  return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30, 32, 34, 36,
+                                 38, 40, 42, 44, 46, 48, 50, 52, 54, 56, 58, 60, 62);
 }
 inline ShortV evenShorts(ShortV a, ShortV b) {
   return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
@@ -64,16 +68,26 @@ inline ShortV evenShorts(ShortV a, ShortV b) {
 inline ByteV evenBytes(ByteV a, ByteV b) {
   return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
 }
-inline ShortV evenShorts(ShortV a, ShortV b) { return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14); }
+inline ShortV evenShorts(ShortV a, ShortV b) {
+  return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14);
+}
 #endif
 #endif
 
-// Steps of the transposes below. Within each group of four lanes: interleave the low or the high halves of a and b, by
-// single lanes or by pairs of lanes.
-inline Float4 interleaveLow(Float4 a, Float4 b) { return __builtin_shufflevector(a, b, 0, 4, 1, 5); }
-inline Float4 interleaveHigh(Float4 a, Float4 b) { return __builtin_shufflevector(a, b, 2, 6, 3, 7); }
-inline Float4 joinLow(Float4 a, Float4 b) { return __builtin_shufflevector(a, b, 0, 1, 4, 5); }
-inline Float4 joinHigh(Float4 a, Float4 b) { return __builtin_shufflevector(a, b, 2, 3, 6, 7); }
+// Steps of the transposes below. Within each group of four lanes: interleave the low or the high halves of a
+// and b, by single lanes or by pairs of lanes.
+inline Float4 interleaveLow(Float4 a, Float4 b) {
+  return __builtin_shufflevector(a, b, 0, 4, 1, 5);
+}
+inline Float4 interleaveHigh(Float4 a, Float4 b) {
+  return __builtin_shufflevector(a, b, 2, 6, 3, 7);
+}
+inline Float4 joinLow(Float4 a, Float4 b) {
+  return __builtin_shufflevector(a, b, 0, 1, 4, 5);
+}
+inline Float4 joinHigh(Float4 a, Float4 b) {
+  return __builtin_shufflevector(a, b, 2, 3, 6, 7);
+}
 
 #if defined(__AVX__)
 inline Float8 interleaveLow(Float8 a, Float8 b) {
@@ -128,7 +142,9 @@ inline void transposeSquares(V* rows) {
 }
 
 /// Transposes the square of lanesOf<V> vectors, in registers when the array is a local of the caller.
-inline void transpose(Float4* rows) { transposeSquares(rows); }
+inline void transpose(Float4* rows) {
+  transposeSquares(rows);
+}
 
 #if defined(__AVX__)
 inline void transpose(Float8* rows) {
