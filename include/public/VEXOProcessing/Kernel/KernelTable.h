@@ -10,11 +10,11 @@
 namespace vexo::processor {
 
 /// Reads n samples of the row (y, z) from column x on, as floats; every position may lie in the margins.
-using LoadLine = void (*)(float* line, const image::StripSource& source, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
-                          ptrdiff_t n);
+using LoadLine = void (*)(float* line, const image::StripSource& source, ptrdiff_t x, ptrdiff_t y,
+                          ptrdiff_t z, ptrdiff_t n);
 /// Converts n floats to the samples of the row (y, z) from column x on.
-using StoreLine = void (*)(const image::StripTarget& target, const float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
-                           ptrdiff_t n);
+using StoreLine = void (*)(const image::StripTarget& target, const float* line, ptrdiff_t x, ptrdiff_t y,
+                           ptrdiff_t z, ptrdiff_t n);
 
 /// What a kernel receives for one strip.
 struct ProcessingInfo {

@@ -38,7 +38,8 @@ BoolResult MeanSmoothing2dImgLvl1::retrieveProvider(const core::BasePriority& pr
 }
 
 boost::shared_ptr<image::BaseImage> meanSmoothing2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                                       std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY) {
+                                                       std::uint32_t inHalfKnlSizeX,
+                                                       std::uint32_t inHalfKnlSizeY) {
   return processor::runCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY>(
              inImg, inHalfKnlSizeX, inHalfKnlSizeY)
       ->getStorage<attr::OutImg>();
@@ -46,15 +47,15 @@ boost::shared_ptr<image::BaseImage> meanSmoothing2dImg(const boost::shared_ptr<c
 
 void meanSmoothing2dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
                         std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::OutImg>(
-      inImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
+  processor::runCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                     attr::OutImg>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
 }
 
 boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY) {
-  return processor::startCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY>(
-      inImg, inHalfKnlSizeX, inHalfKnlSizeY);
+  return processor::startCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX,
+                              attr::InHalfKnlSizeY>(inImg, inHalfKnlSizeX, inHalfKnlSizeY);
 }
 
 boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(

@@ -12,8 +12,8 @@ const processor::ProcessorRegistrator<MeanSmoothing2dImgLvl2> registrator;
 
 }  // namespace
 
-// In place, the margins of each strip are saved before the first strip starts. The output needs no buffer of its own:
-// the kernel loads every row of its strip before it writes over it.
+// In place, the margins of each strip are saved before the first strip starts. The output needs no buffer of
+// its own: the kernel loads every row of its strip before it writes over it.
 BoolResult MeanSmoothing2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
   using Next = MeanSmoothing2dImgLvl3;

@@ -2,7 +2,8 @@
 
 #include "VEXOProcessing/ProcessorFactory.h"
 
-// The kernel source is compiled once per instruction set; each object exports its table in a namespace of its own.
+// The kernel source is compiled once per instruction set; each object exports its table in a namespace of its
+// own.
 namespace vexo {
 namespace portable {
 extern const processor::KernelTable meanSmoothing2dImg;

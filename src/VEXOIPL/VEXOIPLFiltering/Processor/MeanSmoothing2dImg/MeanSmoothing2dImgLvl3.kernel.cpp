@@ -233,9 +233,27 @@ ptrdiff_t runNextGroup(const Tile& t, ptrdiff_t line) {
   return runGroup<Float4>(t, line);
 }
 
+/// A window of one sample: the image, converted. A running sum would lose small values next to large ones,
+/// and carry a NaN along.
+void convertStrip(const ProcessingInfo& info, const Layout& l) {
+  const image::StripSource& s = info.sources[0];
+  float* line = reinterpret_cast<float*>(info.scratch);
+  for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
+    for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y)
+      for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += l.tileWidth) {
+        const ptrdiff_t n = smaller(l.tileWidth, s.end[0] - x);
+        info.loaders[0](line, s, x, y, z, n);
+        info.storers[0](info.targets[0], line, x, y, z, n);
+      }
+}
+
 const char* meanSmoothing(const ProcessingInfo& info) {
   const image::StripSource& s = info.sources[0];
   const Layout l(info);
+  if (l.knlSizeX == 1 && l.knlSizeY == 1) {
+    convertStrip(info, l);
+    return nullptr;
+  }
   for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
     for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += l.tileWidth) {
       const Tile tile(info, l, x, z);
