@@ -1,0 +1,85 @@
+#include "Watch.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace vexo::app {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+volatile std::sig_atomic_t cancelled = 0;
+
+void askForCancel(int) {
+  cancelled = 1;
+}
+
+/// A line on standard error that appears when the run takes long and goes away with this object.
+class ProgressBar {
+public:
+  explicit ProgressBar(bool enabled) : _enabled(enabled) {}
+  ~ProgressBar() {
+    if (_shown >= 0) std::fputs("\r\033[K", stderr);
+  }
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+
+  void update(double progress) {
+    const int percent = static_cast<int>(progress * 100);
+    if (!_enabled || percent == _shown || Clock::now() - _start < milliseconds(500)) return;
+    constexpr int width = 40;
+    const auto full = static_cast<std::size_t>(percent * width / 100);
+    const std::string bar = std::string(full, '#') + std::string(width - full, '.');
+    std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), percent);
+    std::fflush(stderr);
+    _shown = percent;
+  }
+
+private:
+  const bool _enabled;
+  const Clock::time_point _start = Clock::now();
+  int _shown = -1;
+};
+
+}  // namespace
+
+void watchSignals() {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    struct sigaction action {};
+    // A signal that the caller had ignored stays ignored.
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;
+    action = {};
+    action.sa_handler = askForCancel;
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+void throwIfCancelled() {
+  if (cancelled) throw std::runtime_error("cancelled");
+}
+
+void runWatched(const boost::shared_ptr<processor::BaseProcessor>& processor, bool showProgress) {
+  ProgressBar bar(showProgress && isatty(STDERR_FILENO));
+  if (const BoolResult started = processor->run(core::eSynchroType::Asynchronous); !started)
+    throw std::runtime_error(started.getMessage());
+  // Short waits at first, so that a short run is not made longer.
+  for (std::chrono::microseconds pause(50); processor->isRunning();
+       pause = std::min<std::chrono::microseconds>(pause * 3 / 2, milliseconds(50))) {
+    std::this_thread::sleep_for(pause);
+    if (cancelled) processor->cancel();
+    bar.update(processor->getProgress());
+  }
+  throwIfCancelled();
+  processor->rethrowFailure();
+}
+
+}  // namespace vexo::app

@@ -1,0 +1,86 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+#include <new>
+
+#include "Commands.h"
+#include "Words.h"
+
+namespace vexo::app {
+namespace {
+
+constexpr struct {
+  const char* name;
+  void (*run)(const WordList& words);
+} commands[] = {
+    {"list", listCommand}, {"describe", describeCommand}, {"run", runCommand}, {"info", infoCommand}};
+
+constexpr char help[] =
+    "2d and 3d image filters for microscopy and materials science\n"
+    "\n"
+    "  vexo list [WORD]                 processors by name, with their tool tips\n"
+    "  vexo describe PROCESSOR          attributes of a processor: name, kind, type, tool tip\n"
+    "  vexo run PROCESSOR [--ATTRIBUTE VALUE]... [options]\n"
+    "  vexo info IMAGE                  geometry, sample type, minimum, maximum, mean\n"
+    "  vexo COMMAND --help              more about a command\n"
+    "  vexo run PROCESSOR --help        the attributes as options\n"
+    "  vexo --version | --help\n"
+    "\n"
+    "Exit status: 0 done, 1 the run failed, 2 the words of the call are off.\n";
+
+void dispatch(const WordList& words) {
+  const std::string& name = words.front();
+  if (name == "--help" || name == "-h") {
+    std::cout << help;
+  } else if (name == "--version") {
+    std::cout << "vexo " VEXO_VERSION "\n";
+  } else {
+    WordList names;
+    for (const auto& command : commands) {
+      if (name == command.name) return command.run(WordList(words.begin() + 1, words.end()));
+      names.emplace_back(command.name);
+    }
+    if (name[0] == '-') names = {"--help", "--version"};
+    refuseWord(name[0] == '-' ? "option" : "command", name, names);
+  }
+}
+
+/// One line, whatever the message holds.
+int report(std::string message, int status) {
+  std::replace_if(
+      message.begin(), message.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  std::cerr << "vexo: " << message << std::endl;
+  return status;
+}
+
+int callMain(const WordList& words) {
+  if (words.empty()) {
+    std::cerr << help;
+    return 2;
+  }
+  try {
+    dispatch(words);
+    flushOutput();
+    return 0;
+  } catch (const UsageError& error) {
+    return report(error.what(), 2);
+  } catch (const std::bad_alloc&) {
+    return report("out of memory", 1);
+  } catch (const std::exception& error) {
+    return report(error.what(), 1);
+  } catch (...) {
+    return report("unknown failure", 1);
+  }
+}
+
+}  // namespace
+}  // namespace vexo::app
+
+int main(int argc, char** argv) {
+  // Were one of the standard streams closed, the next file that is opened would take its place.
+  for (int descriptor = 0; descriptor >= 0 && descriptor <= STDERR_FILENO;)
+    if (descriptor = open("/dev/null", O_RDONLY); descriptor > STDERR_FILENO) close(descriptor);
+  return vexo::app::callMain(vexo::app::WordList(argv + std::min(argc, 1), argv + argc));
+}

@@ -1,0 +1,336 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <random>
+
+#include "VEXOCore/InstructionSet.h"
+#include "VEXOImage/Border.h"
+#include "VEXOImageIO/ImageIO.h"
+
+namespace vexo {
+namespace {
+
+namespace fs = std::filesystem;
+using image::eImageBufferType;
+using image::Image;
+using image::ImageGeometry;
+using Json = nlohmann::json;
+
+std::string readText(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+void writeText(const fs::path& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+/// What a call of the program answered.
+struct Answer {
+  int status;
+  std::string output, errors;
+};
+
+/// Calls the program in a folder of its own, which holds "in.tif" (37 x 150, 8 bits) and "real.tif" (the same
+/// in 32-bit float).
+class CommandLineTest : public testing::Test {
+protected:
+  void SetUp() override {
+    std::string name = (fs::temp_directory_path() / "vexo-cli-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(name.data()));
+    folder = name;
+    std::mt19937 random(1);
+    const ImageGeometry g{37, 150, 1, 1, 1};
+    input = Image::create(g, eImageBufferType::UInt8);
+    const auto real = Image::create(g, eImageBufferType::Real32);
+    for (std::size_t y = 0; y < g.y; ++y)
+      for (std::size_t x = 0; x < g.x; ++x)
+        real->getRow<float>(y)[x] = input->getRow<std::uint8_t>(y)[x] = static_cast<std::uint8_t>(random());
+    image::io::writeImage(*input, folder / "in.tif");
+    image::io::writeImage(*real, folder / "real.tif");
+  }
+  void TearDown() override { fs::remove_all(folder); }
+
+  /// `words` as a shell takes them.
+  Answer call(const std::string& words, const std::string& standardOutput = "stdout.txt") const {
+    const std::string command = "cd '" + folder.string() + "' && '" VEXO_PROGRAM "' " + words + " >" +
+                                standardOutput + " 2>stderr.txt </dev/null";
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(folder / "stdout.txt"),
+            readText(folder / "stderr.txt")};
+  }
+  void expectDone(const std::string& words) const {
+    const Answer answer = call(words);
+    EXPECT_EQ(0, answer.status) << words << '\n' << answer.errors;
+    EXPECT_EQ("", answer.output + answer.errors) << words;
+  }
+  /// One line that says what is wrong, and nothing else.
+  void expectRefused(int status, const std::string& words, const std::string& why) const {
+    const Answer answer = call(words);
+    EXPECT_EQ(status, answer.status) << words << '\n' << answer.errors;
+    EXPECT_EQ("", answer.output) << words;
+    EXPECT_EQ(0u, answer.errors.rfind("vexo: ", 0)) << words << '\n' << answer.errors;
+    EXPECT_EQ(answer.errors.size() - 1, answer.errors.find('\n')) << words << '\n' << answer.errors;
+    EXPECT_NE(std::string::npos, answer.errors.find(why)) << words << '\n' << answer.errors;
+  }
+  Json callJson(const std::string& words) const {
+    const Answer answer = call(words);
+    EXPECT_EQ(0, answer.status) << words << '\n' << answer.errors;
+    return Json::parse(answer.output);
+  }
+
+  double meanAt(std::ptrdiff_t x, std::ptrdiff_t y, std::ptrdiff_t halfX, std::ptrdiff_t halfY) const {
+    double sum = 0;
+    for (std::ptrdiff_t v = y - halfY; v <= y + halfY; ++v)
+      for (std::ptrdiff_t u = x - halfX; u <= x + halfX; ++u) {
+        const auto column =
+            mapBorderIndex(image::eBorder::Mirror, u, static_cast<std::ptrdiff_t>(input->getSizeX()));
+        const auto row =
+            mapBorderIndex(image::eBorder::Mirror, v, static_cast<std::ptrdiff_t>(input->getSizeY()));
+        sum += input->getRow<std::uint8_t>(static_cast<std::size_t>(row))[column];
+      }
+    return sum / static_cast<double>((2 * halfX + 1) * (2 * halfY + 1));
+  }
+  template <class T>
+  void expectMean(const std::string& file, double tolerance) const {
+    const auto image = image::io::readImage(folder / file);
+    ASSERT_EQ(image::bufferTypeOf<T>(), image->getBufferType());
+    ASSERT_EQ(toString(input->getGeometry()), toString(image->getGeometry()));
+    for (std::size_t y = 0; y < image->getSizeY(); ++y)
+      for (std::size_t x = 0; x < image->getSizeX(); ++x)
+        ASSERT_NEAR(meanAt(static_cast<std::ptrdiff_t>(x), static_cast<std::ptrdiff_t>(y), 2, 3),
+                    static_cast<double>(image->getRow<T>(y)[x]), tolerance)
+            << x << ", " << y;
+  }
+
+  fs::path folder;
+  boost::shared_ptr<Image> input;
+};
+
+const std::string mean = "run MeanSmoothing2dImg --InHalfKnlSizeX 2 --InHalfKnlSizeY=3 ";
+
+TEST_F(CommandLineTest, RunsAProcessor) {
+  expectDone(mean + "--InImg in.tif --OutImg out.tif");
+  expectMean<std::uint8_t>("out.tif", 0.51);
+  expectDone(mean + "--InImg in.tif --OutImg real_out.tif,type=float32 --quiet");
+  expectMean<float>("real_out.tif", 1e-3);
+  // Every form of the name, a value from a file, another format.
+  writeText(folder / "two.txt", "2\n");
+  for (const char* name : {"MeanSmoothing2dImgLvl1", "vexo::imaproc::filter::MeanSmoothing2dImg"}) {
+    expectDone("run " + std::string(name) +
+               " --InHalfKnlSizeX @two.txt --InHalfKnlSizeY 3 --InImg in.tif --OutImg out.png");
+    expectMean<std::uint8_t>("out.png", 0.51);
+    fs::remove(folder / "out.png");
+  }
+  // Last, because it replaces the input.
+  expectDone(mean + "--InImg in.tif --OutImg in.tif");
+  EXPECT_EQ(readText(folder / "out.tif"), readText(folder / "in.tif"));
+}
+
+TEST_F(CommandLineTest, ResultDependsNeitherOnThreadsNorOnInstructionSets) {
+  const std::string run = mean + "--InImg real.tif --OutImg out.tif ";
+  expectDone(run);
+  const std::string expected = readText(folder / "out.tif");
+  for (const char* threads : {"1", "3"}) {
+    expectDone(run + "--threads " + threads);
+    EXPECT_EQ(expected, readText(folder / "out.tif")) << threads;
+  }
+  for (const auto& [name, sets] : core::namedInstructionSets()) {
+    const std::string forced = run + "--instruction-set " + name;
+    bool available = true;
+    for (const eInstructionSet set : sets) available = available && core::isAvailable(set);
+    fs::remove(folder / "out.tif");
+    if (!available) {
+      expectRefused(1, forced, name);
+      continue;
+    }
+    expectDone(forced);
+    EXPECT_EQ(expected, readText(folder / "out.tif")) << name;
+  }
+}
+
+TEST_F(CommandLineTest, DryRunReadsNoSample) {
+  image::io::writeImage(*input, folder / "in.png");
+  std::string bytes = readText(folder / "in.png");
+  bytes.at(bytes.find("IDAT") + 10) ^= 0x55;
+  writeText(folder / "in.png", bytes);
+  writeText(folder / "out.tif", "old");
+  const std::string run = mean + "--InImg in.png --OutImg out.tif,type=float32 ";
+
+  const Answer answer = call(run + "--dry-run");
+  EXPECT_EQ(0, answer.status);
+  EXPECT_EQ("OutImg: 37 x 150 float32\n", answer.output);
+  EXPECT_EQ("", answer.errors);
+  const Json expected = {{"x", 37}, {"y", 150}, {"z", 1}, {"c", 1}, {"t", 1}, {"type", "uint8"}};
+  EXPECT_EQ(expected, callJson(mean + "--InImg in.png --dry-run --json").at("OutImg"));
+  expectRefused(1, run, "in.png");
+  EXPECT_EQ("old", readText(folder / "out.tif"));
+}
+
+TEST_F(CommandLineTest, WordsThatAreOff) {
+  const std::string files = mean + "--InImg in.tif --OutImg out.tif ";
+  const std::string run = "run MeanSmoothing2dImg ";
+  const struct {
+    std::string words, why;
+  } cases[] = {
+      {"lst", "list"},
+      {"--versio", "--version"},
+      {"''", "unknown command ''"},
+      {"list --al", "--all"},
+      {"list a b", "'b'"},
+      {"describe", "PROCESSOR"},
+      {"describe meansmothing2dimg", "MeanSmoothing2dImg"},
+      {"info", "IMAGE"},
+      {"info --jsn in.tif", "--json"},
+      {"run", "name of a processor"},
+      {"run --quiet MeanSmoothing2dImg", "name of a processor"},
+      {"run MeanSmooting2dImgLvl1", "MeanSmoothing2dImg"},
+      {files + "--InHalfKnlSizX 3", "--InHalfKnlSizeX"},
+      {files + "--OutImage=out.tif", "--OutImg"},
+      {files + "--thread 3", "--threads"},
+      {files + "more", "'more'"},
+      {files + "--InImg in.tif", "--InImg is given twice"},
+      {files + "--threads", "--threads"},
+      {files + "--threads 0", "'0'"},
+      {files + "--threads two", "'two'"},
+      {files + "--threads=", "''"},
+      {files + "--instruction-set avx3", "avx2"},
+      {files + "--log-level inf", "INFO"},
+      {mean + "--InImg in.tif --OutImg out.tif,type=uint7", "uint8"},
+      {mean + "--InImg --OutImg out.tif", "missing before --OutImg"},
+      {run + "--InHalfKnlSizeX -1", "'-1' is not"},
+      {run + "--InHalfKnlSizeX=-1", "'-1' is not"},
+      {run + "--InHalfKnlSizeX 1.5", "'1.5' is not"},
+      {run + "--InHalfKnlSizeX=", "'' is not"},
+      {run + "--InHalfKnlSizeX= 3", "unexpected word '3'"},
+      {run + "--InHalfKnlSizeX 40000 --InHalfKnlSizeY x", "'x' is not"},
+      {"run MeanSmoothing2dImgLvl3 --InKnlYStrip2d in.tif", "InKnlYStrip2d"},
+      {files + "--OutOptWk1RealGpuImg ./out.tif", "the same file"},
+  };
+  for (const auto& [words, why] : cases) expectRefused(2, words, why);
+  EXPECT_FALSE(fs::exists(folder / "out.tif"));
+
+  const Answer answer = call("");
+  EXPECT_EQ(2, answer.status);
+  EXPECT_EQ("", answer.output);
+  EXPECT_NE(std::string::npos, answer.errors.find("vexo run PROCESSOR")) << answer.errors;
+}
+
+TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
+  writeText(folder / "out.tif", "old");
+  writeText(folder / "text.tif", "no image");
+  const std::string run = "run MeanSmoothing2dImg --InImg in.tif --OutImg out.tif ";
+  const struct {
+    std::string words, why;
+  } cases[] = {
+      {"info none.tif", "none.tif"},
+      {mean + "--InImg none.tif --OutImg out.tif", "none.tif"},
+      {mean + "--InImg text.tif --OutImg out.tif", "text.tif"},
+      {mean + "--InImg in.tif", "OutImg"},
+      {mean + "--OutImg out.tif", "InImg"},
+      {run + "--InHalfKnlSizeX 1", "InHalfKnlSizeY"},
+      {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY 40000", "40000"},
+      {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY @none.txt", "none.txt"},
+      {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY @.", "'.'"},
+      {mean + "--InImg in.tif --OutImg out.jpg", ".jpg"},
+      {mean + "--InImg in.tif --OutImg none/out.tif", "none"},
+      {mean + "--InImg in.tif --OutImg .", "folder"},
+      {mean + "--InImg in.tif --OutImg out.png,type=float32", "float32"},
+      {mean + "--InImg in.tif --OutImg /dev/full", "/dev/full"},
+  };
+  for (const auto& [words, why] : cases) expectRefused(1, words, why);
+  EXPECT_EQ("old", readText(folder / "out.tif"));
+  for (const auto& entry : fs::directory_iterator(folder))
+    EXPECT_EQ(std::string::npos, entry.path().string().find(".part")) << entry.path();
+
+  for (const char* words : {"list", "--help", "info in.tif", "describe MeanSmoothing2dImg --json"}) {
+    const Answer answer = call(words, "/dev/full");
+    EXPECT_EQ(1, answer.status) << words;
+    EXPECT_EQ("vexo: cannot write to standard output\n", answer.errors) << words;
+  }
+}
+
+TEST_F(CommandLineTest, LogsWhenAsked) {
+  const Answer answer = call(mean + "--InImg none.tif --OutImg out.tif --log-level error");
+  EXPECT_EQ(1, answer.status);
+  EXPECT_EQ(0u, answer.errors.rfind("ERROR vexo.VEXOImageIO: ", 0)) << answer.errors;
+}
+
+TEST_F(CommandLineTest, ListsProcessors) {
+  const Json list = callJson("list --json"), all = callJson("list --json --all");
+  EXPECT_GT(all.size(), list.size());
+  const auto found = std::find_if(list.begin(), list.end(), [](const Json& entry) {
+    return entry.at("name") == "MeanSmoothing2dImgLvl1";
+  });
+  ASSERT_NE(list.end(), found);
+  EXPECT_EQ("vexo::imaproc::filter::MeanSmoothing2dImgLvl1", found->at("typeName"));
+  const std::string toolTip = found->at("toolTip");
+  EXPECT_NE("", toolTip);
+
+  const std::string lines = call("list").output;
+  EXPECT_EQ(list.size(), static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n')));
+  EXPECT_NE(std::string::npos, lines.find(toolTip)) << lines;
+  EXPECT_FALSE(callJson("list MEANSMOOTH --json").empty());
+  EXPECT_TRUE(callJson("list nothing-like-this --json").empty());
+}
+
+TEST_F(CommandLineTest, DescribesAProcessor) {
+  const Json description = callJson("describe MeanSmoothing2dImg --json");
+  EXPECT_EQ("MeanSmoothing2dImgLvl1", description.at("name"));
+  EXPECT_EQ(1, description.at("version"));
+  const Json& attributes = description.at("attributes");
+  const std::vector<std::vector<std::string>> expected = {{"InImg", "input", "image"},
+                                                          {"InHalfKnlSizeX", "input", "unsigned"},
+                                                          {"InHalfKnlSizeY", "input", "unsigned"},
+                                                          {"OutImg", "output", "image"},
+                                                          {"OutOptWk1RealGpuImg", "output", "image"}};
+  ASSERT_EQ(expected.size(), attributes.size());
+  const std::string text = call("describe MeanSmoothing2dImg").output;
+  const std::string help = call("run MeanSmoothing2dImg --help").output;
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(expected[i][0], attributes[i].at("name"));
+    EXPECT_EQ(expected[i][1], attributes[i].at("kind"));
+    EXPECT_EQ(expected[i][2], attributes[i].at("valueType"));
+    EXPECT_EQ(i == 4, attributes[i].at("optional").get<bool>());
+    EXPECT_NE(std::string::npos, text.find(attributes[i].at("toolTip"))) << text;
+    EXPECT_NE(std::string::npos, help.find("--" + expected[i][0])) << help;
+  }
+}
+
+TEST_F(CommandLineTest, InformsAboutAnImage) {
+  const auto image = Image::create({3, 1, 2, 1, 1}, eImageBufferType::Int16);
+  const std::int16_t samples[] = {-7, 2, 300, 4, 5, 6};
+  for (std::size_t i = 0; i < 6; ++i) image->getRow<std::int16_t>(0, i / 3)[i % 3] = samples[i];
+  image::io::writeImage(*image, folder / "stack.tif");
+  const Json expected = {{"x", 3},          {"y", 1},        {"z", 2},         {"c", 1},          {"t", 1},
+                         {"type", "int16"}, {"minimum", -7}, {"maximum", 300}, {"mean", 310. / 6}};
+  EXPECT_EQ(expected, callJson("info stack.tif --json"));
+  const std::string text = call("info stack.tif").output;
+  for (const char* part : {"3 x 1 x 2 (z) x 1 (c) x 1 (t)\n", "int16\n", "-7\n", "300\n", "51.66666"})
+    EXPECT_NE(std::string::npos, text.find(part)) << part << '\n' << text;
+
+  const float nan = std::nanf(""), infinity = std::numeric_limits<float>::infinity();
+  const struct {
+    float first, second;
+    Json minimum, maximum, mean;
+  } cases[] = {{nan, 0.5f, 0.5, 0.5, "nan"}, {nan, nan, 0, 0, "nan"}, {infinity, 1, 1, "inf", "inf"}};
+  for (const auto& c : cases) {
+    const auto real = Image::create({2, 1, 1, 1, 1}, eImageBufferType::Real32);
+    real->getRow<float>(0)[0] = c.first;
+    real->getRow<float>(0)[1] = c.second;
+    image::io::writeImage(*real, folder / "real.tif");
+    const Json info = callJson("info real.tif --json");
+    EXPECT_EQ(c.minimum, info.at("minimum"));
+    EXPECT_EQ(c.maximum, info.at("maximum"));
+    EXPECT_EQ(c.mean, info.at("mean"));
+  }
+}
+
+}  // namespace
+}  // namespace vexo
