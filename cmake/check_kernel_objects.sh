@@ -16,6 +16,8 @@ complain() {
 }
 [ $# -gt 0 ] || { echo "no kernel object given"; exit 1; }
 for object in "$@"; do
+  symbols=$(nm --no-sort "$object")
+  sections=$(readelf -SW "$object")
   while read -r kind symbol; do
     name=$(c++filt "$symbol")
     case $kind in
@@ -34,7 +36,7 @@ for object in "$@"; do
         esac
         ;;
     esac
-  done < <(nm --no-sort "$object" | awk '{print $(NF-1), $NF}')
-  if readelf -SW "$object" | grep -qE '\.(init_array|ctors)'; then complain "$object" "start-up code"; fi
+  done < <(awk '{print $(NF-1), $NF}' <<< "$symbols")
+  if grep -qE '\.(init_array|ctors)' <<< "$sections"; then complain "$object" "start-up code"; fi
 done
 exit $failed

@@ -17,17 +17,21 @@ public:
 
   TIFF* get() const { return _tiff; }
   void close() noexcept;
+  /// From now on a warning counts as an error, or no longer.
+  void setStrict(bool strict) { _strict = strict; }
   bool hasFailed() const { return _error[0] != 0 || _file.hasFailed(); }
   std::string getCause() const;
   /// Throws when `succeeded` is false or an error was reported.
   void check(bool succeeded) const;
 
 private:
+  static int keepWarning(TIFF*, void* self, const char* where, const char* format, va_list arguments);
   static int keepError(TIFF*, void* self, const char* where, const char* format, va_list arguments);
 
   File& _file;
   TIFF* _tiff = nullptr;
   char _error[256] = "";
+  bool _strict = false;
 };
 
 }  // namespace vexo::image::io

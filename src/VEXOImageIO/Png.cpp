@@ -1,0 +1,193 @@
+#include <png.h>
+
+#include <cstdio>
+
+#include "VEXOCore/Buffer.h"
+#include "VEXOImageIO/Format.h"
+
+namespace vexo::image::io {
+namespace {
+
+constexpr std::size_t longestSide = 0x7fffffff;
+/// Bytes that one byte of the compressed stream can stand for, at most.
+constexpr std::size_t largestExpansion = 1040;
+
+/// libpng on an open file. It reports an error by a jump to the last attempt().
+class PngHandle {
+public:
+  PngHandle(File& file, bool writing);
+  PngHandle(const PngHandle&) = delete;
+  PngHandle& operator=(const PngHandle&) = delete;
+  ~PngHandle() { destroy(); }
+
+  png_structp png() const { return _png; }
+  png_infop info() const { return _info; }
+
+  /// Throws when libpng reports an error within `step`, which must not own anything: it is left by a jump.
+  template <class Step>
+  void attempt(const Step& step) {
+    if (!isCompleted(step)) raiseFileError(VEXO_HERE, _file, _file.hasFailed() ? _file.getFailure() : _error);
+  }
+
+private:
+  void destroy() {
+    if (_writing)
+      png_destroy_write_struct(&_png, &_info);
+    else
+      png_destroy_read_struct(&_png, &_info, nullptr);
+  }
+  template <class Step>
+  bool isCompleted(const Step& step) noexcept {
+    if (setjmp(png_jmpbuf(_png))) return false;
+    step();
+    return true;
+  }
+  static void onError(png_structp png, png_const_charp text) {
+    char* error = static_cast<PngHandle*>(png_get_error_ptr(png))->_error;
+    snprintf(error, sizeof(_error), "%s", text);
+    png_longjmp(png, 1);
+  }
+  static void onWarning(png_structp, png_const_charp) {}
+  static void readBytes(png_structp png, png_bytep to, std::size_t size) {
+    if (static_cast<File*>(png_get_io_ptr(png))->read(to, size) != size) png_error(png, "read error");
+  }
+  static void writeBytes(png_structp png, png_bytep from, std::size_t size) {
+    if (!static_cast<File*>(png_get_io_ptr(png))->write(from, size)) png_error(png, "write error");
+  }
+  static void flush(png_structp) {}
+
+  File& _file;
+  const bool _writing;
+  png_structp _png;
+  png_infop _info;
+  char _error[256] = "the PNG file is damaged";
+};
+
+PngHandle::PngHandle(File& file, bool writing)
+    : _file(file),
+      _writing(writing),
+      _png(writing ? png_create_write_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning)
+                   : png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning)),
+      _info(_png ? png_create_info_struct(_png) : nullptr) {
+  if (!_info) {
+    destroy();
+    raiseFileError(VEXO_HERE, file, "libpng cannot be started");
+  }
+  if (writing)
+    png_set_write_fn(_png, &file, writeBytes, flush);
+  else
+    png_set_read_fn(_png, &file, readBytes);
+  png_set_user_limits(_png, longestSide, longestSide);
+}
+
+/// What the rows that libpng delivers look like.
+struct PngLayout {
+  std::size_t width = 0, height = 0, channels = 0, bits = 0, rowBytes = 0, storedRowBytes = 0;
+  int passes = 1;
+};
+
+PngLayout readLayout(PngHandle& handle) {
+  PngLayout layout;
+  handle.attempt([&handle, &layout] {
+    png_structp png = handle.png();
+    png_infop info = handle.info();
+    png_read_info(png, info);
+    layout.storedRowBytes = png_get_rowbytes(png, info);
+    png_set_expand(png);
+    if (png_get_bit_depth(png, info) == 16) png_set_swap(png);  // samples are stored with the high byte first
+    layout.passes = png_set_interlace_handling(png);
+    png_read_update_info(png, info);
+    layout.width = png_get_image_width(png, info);
+    layout.height = png_get_image_height(png, info);
+    layout.channels = png_get_channels(png, info);
+    layout.bits = png_get_bit_depth(png, info);
+    layout.rowBytes = png_get_rowbytes(png, info);
+  });
+  return layout;
+}
+
+ImageInfo toInfo(const PngLayout& layout) {
+  ImageInfo info;
+  info.geometry.x = layout.width;
+  info.geometry.y = layout.height;
+  info.geometry.c = layout.channels;
+  info.type = layout.bits == 16 ? eImageBufferType::UInt16 : eImageBufferType::UInt8;
+  return info;
+}
+
+/// Reads all rows. The passes of an interlaced file each fill in a part of every row.
+void readRows(PngHandle& handle, const PngLayout& layout, unsigned char* rows, Image& image) {
+  handle.attempt([&] {
+    for (int pass = 1; pass <= layout.passes; ++pass)
+      for (std::size_t y = 0; y < layout.height; ++y) {
+        unsigned char* row = layout.passes > 1 ? rows + y * layout.rowBytes : rows;
+        png_read_row(handle.png(), row, nullptr);
+        if (pass == layout.passes) storePixels(row, layout.width, layout.channels, image, 0, y, 0, 0, 0);
+      }
+    png_read_end(handle.png(), nullptr);
+  });
+}
+
+}  // namespace
+
+ImageInfo readPngInfo(File& file) {
+  PngHandle handle(file, false);
+  return toInfo(readLayout(handle));
+}
+
+boost::shared_ptr<Image> readPng(File& file) {
+  PngHandle handle(file, false);
+  const PngLayout layout = readLayout(handle);
+  if (layout.height > file.getSize() * largestExpansion / layout.storedRowBytes)
+    raiseFileError(VEXO_HERE, file, "its ", file.getSize(), " bytes cannot hold an image of ", layout.width,
+                   " x ", layout.height);
+  const ImageInfo info = toInfo(layout);
+  const auto image = allocateFor(file, [&] { return Image::create(info.geometry, info.type); });
+  const std::size_t keptRows = layout.passes > 1 ? layout.height : 1;
+  const auto rows = allocateFor(file, [&] { return allocateBlock(keptRows * layout.rowBytes); });
+  readRows(handle, layout, static_cast<unsigned char*>(rows.get()), *image);
+  return image;
+}
+
+BoolResult canWritePng(const ImageGeometry& g, eImageBufferType type) {
+  if (type != eImageBufferType::UInt8 && type != eImageBufferType::UInt16)
+    return BoolResult::failure(std::string("PNG cannot hold samples of ") + toString(type) +
+                               ", only of uint8 and uint16");
+  if (g.z != 1 || g.t != 1 || g.c > 4)
+    return BoolResult::failure("PNG cannot hold an image of " + toString(g) +
+                               ", only one slice of 1 to 4 planes (c)");
+  if (g.x > longestSide || g.y > longestSide)
+    return BoolResult::failure("PNG cannot hold an image of " + toString(g) + ", at most " +
+                               std::to_string(longestSide) + " columns and rows");
+  return true;
+}
+
+void writePng(File& file, const Image& image) {
+  constexpr int colourTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
+                                 PNG_COLOR_TYPE_RGB_ALPHA};
+  const std::size_t sampleSize = getSampleSize(image.getBufferType());
+  const int colourType = colourTypes[image.getSizeC() - 1];
+  const auto block =
+      allocateFor(file, [&] { return allocateBlock(image.getSizeX() * image.getSizeC() * sampleSize); });
+  auto* row = static_cast<unsigned char*>(block.get());
+  PngHandle handle(file, true);
+  handle.attempt([&handle, &image, sampleSize, colourType, row] {
+    png_structp png = handle.png();
+    // Compressing harder costs several times the time and saves little on images with noise.
+    png_set_compression_level(png, 3);
+    png_set_compression_buffer_size(png, 1 << 18);
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
+    png_set_IHDR(png, handle.info(), static_cast<png_uint_32>(image.getSizeX()),
+                 static_cast<png_uint_32>(image.getSizeY()), static_cast<int>(8 * sampleSize), colourType,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+    png_write_info(png, handle.info());
+    if (sampleSize == 2) png_set_swap(png);
+    for (std::size_t y = 0; y < image.getSizeY(); ++y) {
+      loadPixels(image, y, row);
+      png_write_row(png, row);
+    }
+    png_write_end(png, nullptr);
+  });
+}
+
+}  // namespace vexo::image::io

@@ -1,0 +1,131 @@
+#include "VEXOCore/LogMessage.h"
+
+#include <gtest/gtest.h>
+#include <log4cplus/appender.h>
+#include <log4cplus/spi/loggingevent.h>
+
+#include <thread>
+
+#include "VEXOCore/Log.h"
+
+enum class eTestMessage { Two = 2, Broken = 3, Unknown = 9 };
+
+namespace vexo {
+template <>
+struct MessageMap<eTestMessage> {
+  static LogMessageManager& manager() { return LogMessageManager::getInstance("LogMessageTest"); }
+  static const std::vector<std::pair<eTestMessage, const char*>>& messages() {
+    static const std::vector<std::pair<eTestMessage, const char*>> table = {
+        {eTestMessage::Two, "%2% before %1%"}, {eTestMessage::Broken, "%1"}};
+    return table;
+  }
+};
+}  // namespace vexo
+
+namespace {
+
+using namespace vexo;
+
+const char* const unformatted = "Exception thrown while processing message";
+
+struct Unprintable {};
+std::ostream& operator<<(std::ostream&, const Unprintable&) {
+  throw std::runtime_error("unprintable");
+}
+
+TEST(LogMessage, PlaceholdersAreFilledByNumber) {
+  EXPECT_EQ(formatMessage(eTestMessage::Two, 1, "b"), "b before 1");
+}
+
+TEST(LogMessage, WhatCannotBeFormattedNeverThrows) {
+  EXPECT_EQ(formatMessage(eTestMessage::Two), unformatted);
+  EXPECT_EQ(formatMessage(eTestMessage::Two, 1), unformatted);
+  EXPECT_EQ(formatMessage(eTestMessage::Two, 1, 2, 3), unformatted);
+  EXPECT_EQ(formatMessage(eTestMessage::Two, 1, Unprintable()), unformatted);
+  EXPECT_EQ(formatMessage(eTestMessage::Broken, 1), unformatted);
+  EXPECT_EQ(formatMessage(eTestMessage::Unknown), unformatted);
+  EXPECT_EQ(LogMessageFormater(MessageMap<eTestMessage>::manager()).str(), unformatted);
+}
+
+TEST(LogMessage, AFormaterIsUsableAgainAfterAFailure) {
+  LogMessageFormater formater(MessageMap<eTestMessage>::manager());
+  MsgMapRegistrator<eTestMessage>::registerMessageMap();
+  formater.setMsgId(eTestMessage::Unknown) % 1;
+  EXPECT_EQ((formater.setMsgId(eTestMessage::Two) % 1 % 2).str(), "2 before 1");
+}
+
+TEST(LogMessage, OnePairHasOneText) {
+  LogMessageManager manager;
+  EXPECT_TRUE(manager.addMessage("a", 1, "text"));
+  EXPECT_TRUE(manager.addMessage("a", 1, "text"));
+  EXPECT_TRUE(manager.addMessage("a", 2, "other"));
+  EXPECT_TRUE(manager.addMessage("b", 1, "other"));
+  const BoolResult refused = manager.addMessage("a", 1, "other");
+  EXPECT_FALSE(refused);
+  EXPECT_NE(refused.getMessage().find("text"), std::string::npos);
+  EXPECT_EQ(manager.getMessage("a", 1), "text");
+  EXPECT_EQ(manager.getMessage("a", 3), "");
+}
+
+TEST(LogMessage, ManagersAreOnePerModuleForAllThreads) {
+  std::vector<LogMessageManager*> found(8);
+  std::vector<std::thread> threads;
+  for (auto& manager : found)
+    threads.emplace_back([&manager] {
+      manager = &LogMessageManager::getInstance("shared by threads");
+      manager->addMessage("a", 1, "text");
+    });
+  for (std::thread& thread : threads) thread.join();
+  for (LogMessageManager* manager : found) EXPECT_EQ(manager, found[0]);
+  EXPECT_NE(found[0], &LogMessageManager::getInstance("another"));
+}
+
+/// Keeps the events of one logger while it lives.
+class Recorder {
+public:
+  explicit Recorder(log4cplus::Logger logger) : _logger(logger), _appender(new Appender) {
+    _logger.addAppender(log4cplus::SharedAppenderPtr(_appender));
+  }
+  ~Recorder() { _logger.removeAppender(log4cplus::SharedAppenderPtr(_appender)); }
+  const std::vector<log4cplus::spi::InternalLoggingEvent>& events() const { return _appender->events; }
+
+private:
+  struct Appender : log4cplus::Appender {
+    ~Appender() override { destructorImpl(); }
+    void close() override {}
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override { events.push_back(event); }
+    std::vector<log4cplus::spi::InternalLoggingEvent> events;
+  };
+  log4cplus::Logger _logger;
+  Appender* _appender;
+};
+
+TEST(Log, RaisingLogsOnceAndTellsThePlace) {
+  const Recorder recorder(getModuleLogger("LogTest"));
+  const unsigned line = __LINE__ + 2;
+  try {
+    raiseMessage<UnHandleException>(getModuleLogger("LogTest"), VEXO_HERE, eTestMessage::Two, 1, "b");
+  } catch (const UnHandleException& failure) {
+    EXPECT_EQ(failure.getMessage(), "b before 1");
+    EXPECT_STREQ(failure.what(), "b before 1");
+    EXPECT_EQ(failure.getLine(), line);
+    EXPECT_NE(failure.getFile().find("LogMessageTest.cpp"), std::string::npos);
+    EXPECT_NE(failure.getFunction().find("RaisingLogsOnceAndTellsThePlace"), std::string::npos);
+  }
+  ASSERT_EQ(recorder.events().size(), 1u);
+  const auto& event = recorder.events()[0];
+  EXPECT_EQ(event.getMessage(), "b before 1");
+  EXPECT_EQ(event.getLogLevel(), log4cplus::ERROR_LOG_LEVEL);
+  EXPECT_EQ(event.getLoggerName(), getBaseLoggerName() + ".LogTest");
+  EXPECT_EQ(event.getLine(), static_cast<int>(line));
+}
+
+TEST(Log, DisabledLoggersAreSilentButErrorsAreThrown) {
+  log4cplus::Logger logger = getModuleLogger("LogTest.Silent");
+  logger.setLogLevel(log4cplus::OFF_LOG_LEVEL);
+  const Recorder recorder(logger);
+  EXPECT_THROW(raiseError(VEXO_HERE, "LogTest.Silent", "value ", 3), BaseException);
+  EXPECT_TRUE(recorder.events().empty());
+}
+
+}  // namespace

@@ -1,0 +1,122 @@
+#include "TestFiles.h"
+
+#include <png.h>
+
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <random>
+
+namespace vexo::image::io {
+
+Bytes readBytes(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+void writeBytes(const std::string& path, const unsigned char* data, std::size_t size) {
+  // Some file systems wait for the disk when a file is overwritten.
+  fs::remove(path);
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+}
+
+boost::shared_ptr<Image> randomImage(const ImageGeometry& g, eImageBufferType type) {
+  static std::mt19937 random(7);
+  auto image = Image::create(g, type);
+  auto* bytes = static_cast<unsigned char*>(image->getData());
+  for (std::ptrdiff_t i = 0; i < image->getStrides().t * static_cast<std::ptrdiff_t>(g.t); ++i)
+    bytes[i] = static_cast<unsigned char>(random());
+  return image;
+}
+
+void expectSame(const Image& expected, const Image& actual) {
+  const ImageGeometry& g = expected.getGeometry();
+  ASSERT_EQ(toString(g), toString(actual.getGeometry()));
+  ASSERT_EQ(expected.getBufferType(), actual.getBufferType());
+  const std::size_t rowBytes = g.x * getSampleSize(expected.getBufferType());
+  for (std::size_t t = 0; t < g.t; ++t)
+    for (std::size_t c = 0; c < g.c; ++c)
+      for (std::size_t z = 0; z < g.z; ++z)
+        for (std::size_t y = 0; y < g.y; ++y)
+          ASSERT_EQ(0, std::memcmp(expected.getRow(y, z, c, t), actual.getRow(y, z, c, t), rowBytes))
+              << "row " << y << ", z " << z << ", c " << c << ", t " << t;
+}
+
+std::string errorOf(const std::function<void()>& function) {
+  try {
+    function();
+  } catch (const BaseException& e) {
+    return e.what();
+  }
+  ADD_FAILURE() << "no exception";
+  return "";
+}
+void expectError(const std::function<void()>& function, const std::string& path, const std::string& cause) {
+  const std::string text = errorOf(function);
+  EXPECT_NE(std::string::npos, text.find(path)) << text;
+  EXPECT_NE(std::string::npos, text.find(cause)) << text;
+}
+
+void writePages(const std::string& path, const char* mode, const std::vector<TiffPage>& pages,
+                const std::string& description, const Filler& fill) {
+  std::unique_ptr<TIFF, void (*)(TIFF*)> owner(TIFFOpen(path.c_str(), mode), TIFFClose);
+  TIFF* tiff = owner.get();
+  ASSERT_NE(nullptr, tiff);
+  for (std::size_t i = 0; i < pages.size(); ++i) {
+    const TiffPage& p = pages[i];
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, p.width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, p.height);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, p.samples);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, p.bits);
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, p.format);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, p.compression);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, p.photometric);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, p.planar);
+    if (p.compression == COMPRESSION_JPEG) TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    if (p.photometric == PHOTOMETRIC_PALETTE) {
+      std::uint16_t map[256] = {};
+      TIFFSetField(tiff, TIFFTAG_COLORMAP, map, map, map);
+    }
+    if (p.tile) {
+      TIFFSetField(tiff, TIFFTAG_TILEWIDTH, p.tile);
+      TIFFSetField(tiff, TIFFTAG_TILELENGTH, p.tile);
+    } else {
+      TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, p.rowsPerStrip);
+    }
+    if (i == 0 && !description.empty()) TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, description.c_str());
+    Bytes bytes(static_cast<std::size_t>(p.tile ? TIFFTileSize(tiff) : TIFFStripSize(tiff)));
+    const int blocks = static_cast<int>(p.tile ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff));
+    for (int b = 0; b < blocks; ++b) {
+      fill(static_cast<int>(i), b, bytes);
+      const auto size = static_cast<tmsize_t>(bytes.size());
+      ASSERT_LT(0, p.tile ? TIFFWriteEncodedTile(tiff, b, bytes.data(), size)
+                          : TIFFWriteEncodedStrip(tiff, b, bytes.data(), size));
+    }
+    ASSERT_EQ(1, TIFFWriteDirectory(tiff));
+  }
+}
+void fillByIndex(int page, int index, Bytes& bytes) {
+  for (std::size_t i = 0; i < bytes.size(); ++i)
+    bytes[i] = static_cast<unsigned char>(37 * page + 11 * index + static_cast<int>(i));
+}
+
+void writeRawPng(const std::string& path, int width, int depth, int colour, int interlace,
+                 std::vector<Bytes> rows, int statedHeight) {
+  std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path.c_str(), "wb"), fclose);
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_set_user_limits(png, 0x7fffffff, 0x7fffffff);
+  png_init_io(png, file.get());
+  png_set_IHDR(png, info, width, statedHeight ? statedHeight : static_cast<int>(rows.size()), depth, colour,
+               interlace, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+  const png_color palette[] = {{1, 2, 3}, {40, 50, 60}};
+  if (colour == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 2);
+  png_write_info(png, info);
+  std::vector<unsigned char*> pointers;
+  for (Bytes& row : rows) pointers.push_back(row.data());
+  if (!statedHeight) png_write_image(png, pointers.data()), png_write_end(png, info);
+  if (statedHeight) png_write_chunk(png, reinterpret_cast<const unsigned char*>("IDAT"), nullptr, 0);
+  png_destroy_write_struct(&png, &info);
+}
+
+}  // namespace vexo::image::io

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <tiffio.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+#include "VEXOCore/BaseException.h"
+#include "VEXOImageIO/ImageIO.h"
+
+namespace vexo::image::io {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<unsigned char>;
+
+constexpr eImageBufferType allTypes[] = {
+    eImageBufferType::UInt8,  eImageBufferType::Int8,  eImageBufferType::UInt16, eImageBufferType::Int16,
+    eImageBufferType::UInt32, eImageBufferType::Int32, eImageBufferType::Real32};
+
+Bytes readBytes(const std::string& path);
+void writeBytes(const std::string& path, const unsigned char* data, std::size_t size);
+
+boost::shared_ptr<Image> randomImage(const ImageGeometry& g, eImageBufferType type);
+void expectSame(const Image& expected, const Image& actual);
+
+/// The message of the exception that `function` throws; fails when it throws none.
+std::string errorOf(const std::function<void()>& function);
+void expectError(const std::function<void()>& function, const std::string& path, const std::string& cause);
+
+/// A page that libtiff is to write.
+struct TiffPage {
+  int width = 5, height = 4, samples = 1, bits = 8, format = SAMPLEFORMAT_UINT;
+  int photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG, compression = COMPRESSION_NONE;
+  int tile = 0, rowsPerStrip = 3;
+};
+
+/// Changes the bytes of strip or tile `index` of page `page`.
+using Filler = std::function<void(int page, int index, Bytes& bytes)>;
+void writePages(const std::string& path, const char* mode, const std::vector<TiffPage>& pages,
+                const std::string& description, const Filler& fill);
+void fillByIndex(int page, int index, Bytes& bytes);
+
+/// A PNG whose rows have the given bytes, as libpng takes them without any change. With a `statedHeight` it
+/// ends where the rows begin.
+void writeRawPng(const std::string& path, int width, int depth, int colour, int interlace,
+                 std::vector<Bytes> rows, int statedHeight = 0);
+
+/// A test with a folder of its own.
+class ImageIO : public testing::Test {
+protected:
+  ImageIO() {
+    fs::remove_all(_folder);
+    fs::create_directories(_folder / "temporary");
+    setenv("TMPDIR", (_folder / "temporary").c_str(), 1);
+  }
+  ~ImageIO() override {
+    unsetenv("TMPDIR");
+    fs::remove_all(_folder);
+  }
+  std::string at(const std::string& name) const { return (_folder / name).string(); }
+  /// Files and folders below the folder of the test, itself and the one for temporary files left out.
+  std::size_t countFiles() const {
+    return static_cast<std::size_t>(std::distance(fs::recursive_directory_iterator(_folder), {})) - 1;
+  }
+
+  const fs::path _folder = fs::path(testing::TempDir()) / ("vexo-image-io-" + std::to_string(getpid()));
+};
+
+}  // namespace vexo::image::io
