@@ -1,7 +1,6 @@
 #include "VEXOCore/Action.h"
 
 #include <tbb/global_control.h>
-#include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
 #include <algorithm>
@@ -9,12 +8,37 @@
 #include <boost/make_shared.hpp>
 #include <cmath>
 #include <fstream>
-#include <set>
+#include <map>
 #include <sstream>
+#include <thread>
+#include <vector>
 
 #include "VEXOCore/Log.h"
+#include "VEXOCore/ParallelFor.h"
+
+#ifdef __SANITIZE_THREAD__
+#include <sanitizer/tsan_interface.h>
+#endif
 
 namespace vexo::core {
+
+namespace {
+
+// The thread sanitizer cannot see how oneTBB, which is not built for it, orders its threads. What the runner
+// may rely on is stated to it here: the caller's work before the pieces, and the pieces before the caller
+// goes on.
+void releaseTo([[maybe_unused]] void* order) {
+#ifdef __SANITIZE_THREAD__
+  __tsan_release(order);
+#endif
+}
+void acquireFrom([[maybe_unused]] void* order) {
+#ifdef __SANITIZE_THREAD__
+  __tsan_acquire(order);
+#endif
+}
+
+}  // namespace
 
 void RunState::fail(std::exception_ptr failure) {
   std::unique_lock<std::mutex> lock(_mutex);
@@ -41,7 +65,15 @@ BaseActionProvider::~BaseActionProvider() = default;
 
 namespace {
 
-/// CPUs' worth of time that the control group at this folder and those above it grant; 0 when none sets a limit.
+constexpr std::size_t mostThreads = 4096;
+
+void checkThreadCount(std::size_t count) {
+  if (count > mostThreads)
+    raiseError(VEXO_HERE, "VEXOCore", "thread count ", count, " is over ", mostThreads);
+}
+
+/// CPUs' worth of time that the control group at this folder and those above it grant; 0 when none sets a
+/// limit.
 double controlGroupLimit(const std::string& folder) {
   double limit = 0;
   for (std::string path = folder;; path.erase(path.rfind('/'))) {
@@ -73,6 +105,40 @@ double controlGroupLimit() {
   return limit;
 }
 
+// Addresses that stand for the two points in time; pieces are not ordered among one another.
+void* beginOf(void* pieces) {
+  return pieces;
+}
+void* endOf(void* pieces) {
+  return static_cast<char*>(pieces) + 1;
+}
+
+/// The pieces of a provider, none of which starts once the run is to stop.
+struct Pieces {
+  BaseActionProvider& provider;
+  const RunShare share;
+
+  void run(std::size_t index) const {
+    if (share.state.isStopped()) return;
+    try {
+      provider.runPiece(index, share);
+    } catch (...) {
+      share.state.fail(std::current_exception());
+    }
+  }
+};
+
+BoolResult resultOf(const std::exception_ptr& failure) {
+  if (!failure) return true;
+  try {
+    std::rethrow_exception(failure);
+  } catch (const std::exception& known) {
+    return BoolResult::failure(known.what());
+  } catch (...) {
+    return BoolResult::failure("unknown failure");
+  }
+}
+
 tbb::task_arena::priority toTbb(ePriority priority) {
   switch (priority) {
     case ePriority::Low:
@@ -93,13 +159,16 @@ struct ActionRunner::Impl {
   /// Lets arenas have more threads than the machine has processors, when a user asks for that.
   std::unique_ptr<tbb::global_control> allowance;
   std::size_t allowed = 0;
-  /// One arena per priority, shared by all runs that do not limit their threads.
+  /// One arena per priority, shared by the synchronous runs that do not limit their threads.
   std::array<boost::shared_ptr<tbb::task_arena>, 3> arenas;
-  std::set<boost::shared_ptr<RunState>> background;
+  std::map<boost::shared_ptr<RunState>, std::thread> background;
+  std::vector<std::thread>
+      ended;  ///< background threads that have nothing more to do; the next to end joins them
 
   boost::shared_ptr<tbb::task_arena> makeArena(std::size_t threads, ePriority priority) {
     if (threads > std::max<std::size_t>(allowed, getDefaultThreadCount())) {
-      allowance = std::make_unique<tbb::global_control>(tbb::global_control::max_allowed_parallelism, threads);
+      allowance =
+          std::make_unique<tbb::global_control>(tbb::global_control::max_allowed_parallelism, threads);
       allowed = threads;
     }
     return boost::make_shared<tbb::task_arena>(static_cast<int>(threads), 1, toTbb(priority));
@@ -126,12 +195,16 @@ ActionRunner& ActionRunner::getInstance() {
   return runner;
 }
 
-ActionRunner::ActionRunner() : _impl(std::make_unique<Impl>()) {}
+ActionRunner::ActionRunner() : _impl(std::make_unique<Impl>()) {
+  getModuleLogger("VEXOCore");  // what runs need until the destructor has cancelled them must be made before
+}
 
 ActionRunner::~ActionRunner() {
   std::unique_lock<std::mutex> lock(_impl->mutex);
-  for (const auto& state : _impl->background) state->cancel();
+  for (const auto& run : _impl->background) run.first->cancel();
   _impl->idle.wait(lock, [this] { return _impl->background.empty(); });
+  lock.unlock();
+  for (std::thread& thread : _impl->ended) thread.join();
 }
 
 std::size_t ActionRunner::getDefaultThreadCount() {
@@ -146,8 +219,7 @@ std::size_t ActionRunner::getDefaultThreadCount() {
 }
 
 void ActionRunner::setThreadCount(std::size_t count) {
-  constexpr std::size_t most = 4096;
-  if (count > most) raiseError(VEXO_HERE, "VEXOCore", "thread count ", count, " is over ", most);
+  checkThreadCount(count);
   std::unique_lock<std::mutex> lock(_impl->mutex);
   _impl->threadCount = count != 0 ? count : getDefaultThreadCount();
   for (auto& arena : _impl->arenas) arena.reset();
@@ -163,75 +235,95 @@ void ActionRunner::run(BaseActionProvider& provider, const RunShare& share) {
   state.throwIfStopped();
   const std::size_t count = provider.prepare();
   if (count == 0) return share.done();
-  const RunShare part = share.part(count);
-  const auto runPiece = [&](std::size_t index) {
-    if (state.isStopped()) return;
-    try {
-      provider.runPiece(index, part);
-    } catch (...) {
-      state.fail(std::current_exception());
-    }
-  };
+  Pieces pieces{provider, share.part(count)};
   if (count == 1 || state.getThreadCount() == 1) {
-    for (std::size_t index = 0; index < count; ++index) runPiece(index);
+    for (std::size_t index = 0; index < count; ++index) pieces.run(index);
   } else {
     // Inside a worker of the same arena this executes in place, so nested providers share its threads.
     const auto arena = _impl->arenaFor(state);
-    arena->execute([&] { tbb::parallel_for(std::size_t(0), count, runPiece, tbb::simple_partitioner()); });
+    releaseTo(beginOf(&pieces));
+    parallelFor(
+        *arena, count,
+        [](void* context, std::size_t index) {
+          acquireFrom(beginOf(context));
+          static_cast<Pieces*>(context)->run(index);
+          releaseTo(endOf(context));
+        },
+        &pieces);
+    acquireFrom(endOf(&pieces));
   }
   state.throwIfStopped();
 }
 
 void ActionRunner::start(const boost::shared_ptr<RunState>& state, std::function<void()> task) {
-  const auto arena = _impl->arenaFor(*state);
-  {
-    std::unique_lock<std::mutex> lock(_impl->mutex);
-    _impl->background.insert(state);
-  }
-  const auto held = std::make_shared<std::function<void()>>(std::move(task));
-  arena->enqueue([this, state, held] {
-    (*held)();
-    *held = nullptr;  // what the task kept alive ends before the run counts as ended
-    std::unique_lock<std::mutex> lock(_impl->mutex);
-    _impl->background.erase(state);
-    if (_impl->background.empty()) _impl->idle.notify_all();
-  });
+  // A thread and an arena of its own: it shares the pieces with the workers as the caller of a synchronous
+  // run does, and goes on even while every thread of the process waits for it.
+  const auto work = [this](const boost::shared_ptr<RunState>& run, std::function<void()>& toDo) {
+    toDo();
+    toDo = nullptr;  // what the task kept alive ends before the run counts as ended
+    std::vector<std::thread> ended;
+    {
+      std::unique_lock<std::mutex> lock(_impl->mutex);
+      ended.swap(_impl->ended);
+      const auto own = _impl->background.find(run);
+      _impl->ended.push_back(std::move(own->second));
+      _impl->background.erase(own);
+      _impl->idle.notify_all();
+    }
+    for (std::thread& thread : ended) thread.join();
+  };
+  // The thread cannot end before it is known, as it needs the mutex for that.
+  std::unique_lock<std::mutex> lock(_impl->mutex);
+  state->_arena = _impl->makeArena(state->getThreadCount(), state->getPriority().getLevel());
+  _impl->background.emplace(state, std::thread([=]() mutable { work(state, task); }));
 }
 
 BaseAction::~BaseAction() = default;
 
 BoolResult BaseAction::run(eSynchroType synchro) {
+  const std::string name = getRunName();
+  const boost::shared_ptr<BaseAction> self = weak_from_this().lock();
+  if (synchro == eSynchroType::Asynchronous && !self)
+    return BoolResult::failure(name + " cannot run in the background: no boost::shared_ptr owns it");
+  const std::size_t processThreads = ActionRunner::getInstance().getThreadCount();
   boost::shared_ptr<RunState> state;
   {
     std::unique_lock<std::mutex> lock(_mutex);
-    if (_running) return BoolResult::failure(getRunName() + " is already running");
-    _running = true;
+    if (_running) return BoolResult::failure(name + " is already running");
+    _state = state =
+        boost::make_shared<RunState>(name, _threadLimit ? _threadLimit : processThreads, _priority);
     _failure = nullptr;
-    const std::size_t threads = _threadLimit ? _threadLimit : ActionRunner::getInstance().getThreadCount();
-    _state = state = boost::make_shared<RunState>(getRunName(), threads, _priority);
+    _running = true;
   }
-  if (synchro == eSynchroType::Synchronous) {
-    runNow(state);
-    return getResult();
+  // The answer is that of this run: another thread may begin the next one at once.
+  if (synchro == eSynchroType::Synchronous) return resultOf(runNow(state));
+  try {
+    // The task holds the action, so that a dropped handle does not end the run.
+    ActionRunner::getInstance().start(state, [self, state] { self->runNow(state); });
+    return true;
+  } catch (...) {
+    return resultOf(end(std::current_exception()));
   }
-  // The task holds the action, so that a dropped handle does not end the run.
-  ActionRunner::getInstance().start(state, [self = shared_from_this(), state] { self->runNow(state); });
-  return true;
 }
 
-void BaseAction::runNow(const boost::shared_ptr<RunState>& state) {
+std::exception_ptr BaseAction::runNow(const boost::shared_ptr<RunState>& state) {
   std::exception_ptr failure;
   try {
+    // Work that has come to its end succeeded, though somebody may have cancelled it just then.
     execute(RunShare{*state});
-    state->throwIfStopped();
     state->addProgress(1);
   } catch (...) {
     failure = std::current_exception();
   }
+  return end(failure);
+}
+
+std::exception_ptr BaseAction::end(std::exception_ptr failure) {
   std::unique_lock<std::mutex> lock(_mutex);
   _failure = failure;
   _running = false;
   _ended.notify_all();
+  return failure;
 }
 
 bool BaseAction::isRunning() const {
@@ -246,14 +338,7 @@ void BaseAction::wait() const {
 
 BoolResult BaseAction::getResult() const {
   std::unique_lock<std::mutex> lock(_mutex);
-  if (!_failure) return true;
-  try {
-    std::rethrow_exception(_failure);
-  } catch (const std::exception& failure) {
-    return BoolResult::failure(failure.what());
-  } catch (...) {
-    return BoolResult::failure("unknown failure");
-  }
+  return resultOf(_failure);
 }
 
 void BaseAction::rethrowFailure() const {
@@ -269,6 +354,8 @@ void BaseAction::rethrowFailure() const {
     throw;
   } catch (const std::exception& foreign) {
     raise<UnHandleException>(getModuleLogger("VEXOCore"), VEXO_HERE, foreign.what());
+  } catch (...) {
+    raise<UnHandleException>(getModuleLogger("VEXOCore"), VEXO_HERE, "unknown failure");
   }
 }
 
@@ -283,6 +370,7 @@ double BaseAction::getProgress() const {
 }
 
 void BaseAction::setThreadLimit(std::size_t count) {
+  checkThreadCount(count);
   std::unique_lock<std::mutex> lock(_mutex);
   _threadLimit = count;
 }

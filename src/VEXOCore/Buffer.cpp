@@ -32,13 +32,15 @@ void* mapLarge(std::size_t size) {
   const auto begin = reinterpret_cast<std::uintptr_t>(raw);
   const std::uintptr_t aligned = (begin + hugePage - 1) / hugePage * hugePage;
   if (aligned != begin) munmap(raw, aligned - begin);
-  if (const std::size_t tail = begin + reserve - (aligned + size)) munmap(reinterpret_cast<void*>(aligned + size), tail);
+  if (const std::size_t tail = begin + reserve - (aligned + size))
+    munmap(reinterpret_cast<void*>(aligned + size), tail);
   void* data = reinterpret_cast<void*>(aligned);
   madvise(data, size, MADV_HUGEPAGE);
   return data;
 }
 
-/// Released large blocks, by size. First touch of fresh memory costs more than most filters, so they are kept.
+/// Released large blocks, by size. First touch of fresh memory costs more than most filters, so they are
+/// kept.
 class Recycler {
 public:
   void* take(std::size_t& size) {
@@ -92,7 +94,8 @@ private:
 };
 
 Recycler& recycler() {
-  // Never destroyed: images held by static objects of the program may be released after this library's statics.
+  // Never destroyed: images held by static objects of the program may be released after this library's
+  // statics.
   static auto& instance = *new Recycler;
   return instance;
 }
@@ -103,14 +106,16 @@ Recycler& recycler() {
 std::size_t checkedMultiply(std::size_t a, std::size_t b, const char* what) {
   std::size_t result;
   if (__builtin_mul_overflow(a, b, &result))
-    raiseError(VEXO_HERE, "VEXOCore", what, " is too large: ", a, " * ", b, " does not fit the address space");
+    raiseError(VEXO_HERE, "VEXOCore", what, " is too large: ", a, " * ", b,
+               " does not fit the address space");
   return result;
 }
 
 std::size_t checkedAdd(std::size_t a, std::size_t b, const char* what) {
   std::size_t result;
   if (__builtin_add_overflow(a, b, &result))
-    raiseError(VEXO_HERE, "VEXOCore", what, " is too large: ", a, " + ", b, " does not fit the address space");
+    raiseError(VEXO_HERE, "VEXOCore", what, " is too large: ", a, " + ", b,
+               " does not fit the address space");
   return result;
 }
 
@@ -124,8 +129,8 @@ boost::shared_ptr<void> allocateBlock(std::size_t size) {
     return boost::shared_ptr<void>(data, [rounded](void* p) { recycler().give(p, rounded); });
   }
 #endif
-  const std::size_t rounded =
-      checkedAdd(size ? size : 1, bufferAlignment - 1, "the size of a memory block") / bufferAlignment * bufferAlignment;
+  const std::size_t rounded = checkedAdd(size ? size : 1, bufferAlignment - 1, "the size of a memory block") /
+                              bufferAlignment * bufferAlignment;
   void* data = std::aligned_alloc(bufferAlignment, rounded);
   if (!data) outOfMemory(size);
   return boost::shared_ptr<void>(data, [](void* p) { std::free(p); });
@@ -133,12 +138,22 @@ boost::shared_ptr<void> allocateBlock(std::size_t size) {
 
 #ifdef VEXO_PLAIN_BLOCKS
 void setRecycledMemoryLimit(std::size_t) {}
-std::size_t getRecycledMemoryLimit() { return 0; }
-std::size_t getRecycledMemory() { return 0; }
+std::size_t getRecycledMemoryLimit() {
+  return 0;
+}
+std::size_t getRecycledMemory() {
+  return 0;
+}
 #else
-void setRecycledMemoryLimit(std::size_t bytes) { recycler().setLimit(bytes); }
-std::size_t getRecycledMemoryLimit() { return recycler().limit(); }
-std::size_t getRecycledMemory() { return recycler().kept(); }
+void setRecycledMemoryLimit(std::size_t bytes) {
+  recycler().setLimit(bytes);
+}
+std::size_t getRecycledMemoryLimit() {
+  return recycler().limit();
+}
+std::size_t getRecycledMemory() {
+  return recycler().kept();
+}
 #endif
 
 FragHybridBuffer::FragHybridBuffer(const std::vector<std::size_t>& fragmentSizes) {
@@ -146,7 +161,8 @@ FragHybridBuffer::FragHybridBuffer(const std::vector<std::size_t>& fragmentSizes
   for (const std::size_t size : fragmentSizes) {
     _offsets.push_back(total);
     const std::size_t end = checkedAdd(total, size, "the size of a fragmented buffer");
-    total = checkedAdd(end, bufferAlignment - 1, "the size of a fragmented buffer") / bufferAlignment * bufferAlignment;
+    total = checkedAdd(end, bufferAlignment - 1, "the size of a fragmented buffer") / bufferAlignment *
+            bufferAlignment;
   }
   _block = allocateBlock(total);
 }

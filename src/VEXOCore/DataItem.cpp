@@ -143,10 +143,12 @@ BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item) {
       leaf = &item.getLeaf(position);
     if (!leaf) {
       std::string known;
-      for (std::size_t i = 0; i < item.getLeafCount(); ++i) known += (i ? ", " : "") + item.getLeaf(i).getKey();
+      for (std::size_t i = 0; i < item.getLeafCount(); ++i)
+        known += (i ? ", " : "") + item.getLeaf(i).getKey();
       return BoolResult::failure("unknown field '" + key + "'; the fields are " + known);
     }
-    if (const BoolResult set = leaf->setText(equals == std::string::npos ? field : field.substr(equals + 1)); !set)
+    if (const BoolResult set = leaf->setText(equals == std::string::npos ? field : field.substr(equals + 1));
+        !set)
       return BoolResult::failure(leaf->getKey() + ": " + set.getMessage());
   }
   return true;

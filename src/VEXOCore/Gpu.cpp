@@ -47,7 +47,9 @@ bool isGpuSupportActivated() {
 #endif
 }
 
-void activateGpuSupport(bool activate) { gpuWanted = activate; }
+void activateGpuSupport(bool activate) {
+  gpuWanted = activate;
+}
 
 boost::shared_ptr<void> allocateOnGpu(std::size_t size) {
   requireGpu("cannot allocate GPU memory");
@@ -61,8 +63,8 @@ boost::shared_ptr<void> allocateOnGpu(std::size_t size) {
 #endif
 }
 
-void copyToGpu(void* device, std::size_t deviceStride, const void* host, std::size_t hostStride, std::size_t rowBytes,
-               std::size_t rowCount) {
+void copyToGpu(void* device, std::size_t deviceStride, const void* host, std::size_t hostStride,
+               std::size_t rowBytes, std::size_t rowCount) {
   requireGpu("cannot copy to the GPU");
 #ifdef VEXO_HAS_CUDA
   check(cudaMemcpy2D(device, deviceStride, host, hostStride, rowBytes, rowCount, cudaMemcpyHostToDevice),
@@ -72,8 +74,8 @@ void copyToGpu(void* device, std::size_t deviceStride, const void* host, std::si
 #endif
 }
 
-void copyFromGpu(void* host, std::size_t hostStride, const void* device, std::size_t deviceStride, std::size_t rowBytes,
-                 std::size_t rowCount) {
+void copyFromGpu(void* host, std::size_t hostStride, const void* device, std::size_t deviceStride,
+                 std::size_t rowBytes, std::size_t rowCount) {
   requireGpu("cannot copy from the GPU");
 #ifdef VEXO_HAS_CUDA
   check(cudaMemcpy2D(host, hostStride, device, deviceStride, rowBytes, rowCount, cudaMemcpyDeviceToHost),

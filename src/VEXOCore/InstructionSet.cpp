@@ -28,7 +28,7 @@ bool isAvailable(eInstructionSet set) {
 
 const std::vector<NamedInstructionSets>& namedInstructionSets() {
   static const std::vector<NamedInstructionSets> sets = {
-      {"standard", {eIS_Standard}}, {"sse2", {eIS_SSE2}},  {"avx", {eIS_AVX}}, {"avx2", {eIS_AVX2}},
+      {"standard", {eIS_Standard}},        {"sse2", {eIS_SSE2}},    {"avx", {eIS_AVX}}, {"avx2", {eIS_AVX2}},
       {"fma3_avx2", {eIS_FMA3, eIS_AVX2}}, {"avx512", {eIS_AVX512}}};
   return sets;
 }
@@ -39,7 +39,8 @@ std::string toString(const std::set<eInstructionSet>& sets) {
     if (named.sets == sets) return named.name;
   for (const eInstructionSet set : sets)
     for (const auto& named : namedInstructionSets())
-      if (named.sets == std::set<eInstructionSet>{set}) joined += (joined.empty() ? "" : "+") + std::string(named.name);
+      if (named.sets == std::set<eInstructionSet>{set})
+        joined += (joined.empty() ? "" : "+") + std::string(named.name);
   return joined;
 }
 

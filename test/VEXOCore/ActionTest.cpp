@@ -214,7 +214,9 @@ TEST_P(ActionRun, AnythingThrownIsAFailure) {
         job->rethrowFailure();
       },
       BaseException);
-  EXPECT_FALSE(runToEnd(*failing(5)));
+  const auto job = failing(5);
+  EXPECT_FALSE(runToEnd(*job));
+  EXPECT_THROW(job->rethrowFailure(), UnHandleException);
 }
 
 TEST_P(ActionRun, ARunningActionIsNotRunAgain) {
@@ -234,19 +236,27 @@ TEST_P(ActionRun, ARunningActionIsNotRunAgain) {
   EXPECT_FALSE(job->isRunning());
 }
 
-class ParallelRun : public testing::TestWithParam<std::size_t> {};
-INSTANTIATE_TEST_SUITE_P(Threads, ParallelRun, testing::Values(2, 3, 7));
-
-TEST_P(ParallelRun, AllThreadsTakePart) {
+TEST_P(ActionRun, AllThreadsTakePart) {
   std::atomic<std::size_t> arrived{0};
-  Pieces pieces(GetParam(), [&](std::size_t, const RunShare& share) {
+  Pieces pieces(threads(), [&](std::size_t, const RunShare& share) {
     ++arrived;
-    if (eventually([&] { return arrived == GetParam(); })) share.done();
+    if (eventually([&] { return arrived == threads(); })) share.done();
   });
   const auto job = jobOf(pieces);
-  job->setThreadLimit(GetParam());
-  EXPECT_TRUE(job->run(eSynchroType::Synchronous));
-  EXPECT_EQ(pieces.mostAtOnce, static_cast<int>(GetParam()));
+  EXPECT_TRUE(runToEnd(*job));
+  EXPECT_EQ(pieces.mostAtOnce, static_cast<int>(threads()));
+}
+
+TEST_P(ActionRun, PiecesMayWaitForRunsOfTheirOwn) {
+  Pieces inner(20);
+  Pieces outer(20, [&](std::size_t, const RunShare&) {
+    const auto job = jobOf(inner);
+    job->setThreadLimit(threads());
+    EXPECT_TRUE(job->run(eSynchroType::Asynchronous));
+    job->wait();
+  });
+  EXPECT_TRUE(runToEnd(*jobOf(outer)));
+  EXPECT_EQ(inner.started, 400);
 }
 
 class BackgroundRun : public testing::TestWithParam<std::size_t> {};
@@ -310,6 +320,13 @@ TEST(Action, ThreadsThatRunOneActionTakeTurns) {
   EXPECT_GT(ran, 0);
 }
 
+TEST(Action, OnlyASharedActionRunsInTheBackground) {
+  Job job([](const RunShare&) {});
+  EXPECT_FALSE(job.run(eSynchroType::Asynchronous));
+  EXPECT_FALSE(job.isRunning());
+  EXPECT_TRUE(job.run(eSynchroType::Synchronous));
+}
+
 TEST(Action, BeforeItsFirstRun) {
   Job job([](const RunShare&) {});
   EXPECT_FALSE(job.isRunning());
@@ -331,6 +348,7 @@ TEST(ActionRunner, ThreadCountIsThatOfLaterRuns) {
     EXPECT_EQ(seen, runner.getThreadCount());
   }
   EXPECT_THROW(runner.setThreadCount(1000000), BaseException);
+  EXPECT_THROW(job.setThreadLimit(std::size_t(-1)), BaseException);
   job.setThreadLimit(2);
   EXPECT_TRUE(job.run(eSynchroType::Synchronous));
   EXPECT_EQ(seen, 2u);

@@ -100,8 +100,8 @@ public:
 
   /// Runs all pieces and returns when the last has ended; throws the first failure.
   void run(BaseActionProvider& provider, const RunShare& share);
-  /// Runs `task`, the whole of the run with that state, on a worker thread. When the process ends first, the run is
-  /// cancelled and waited for.
+  /// Runs `task`, the whole of the run with that state, on a thread of its own. When the process ends first, the run
+  /// is cancelled and waited for.
   void start(const boost::shared_ptr<RunState>& state, std::function<void()> task);
 
 private:
@@ -119,7 +119,8 @@ public:
   virtual ~BaseAction();
 
   /// Synchronous: runs to the end and answers whether it succeeded. Asynchronous: starts the run, which keeps the action
-  /// alive, and answers whether it was started. An action that is running is not run again (false).
+  /// alive, and answers whether it was started (false when no boost::shared_ptr owns it). An action that is running is
+  /// not run again (false).
   /// No failure of the run itself is thrown: see getResult and rethrowFailure.
   BoolResult run(eSynchroType synchro);
 
@@ -136,7 +137,8 @@ public:
   /// From 0 to 1, never falling during a run; 1 once it has succeeded.
   double getProgress() const;
 
-  /// Threads that the next run may use; 0 means those of the process.
+  /// Threads that the next run may use; 0 means those of the process. Throws as ActionRunner::setThreadCount does when
+  /// there are too many.
   void setThreadLimit(std::size_t count);
   std::size_t getThreadLimit() const;
   void setPriority(BasePriority priority);
@@ -149,7 +151,8 @@ protected:
   virtual std::string getRunName() const = 0;
 
 private:
-  void runNow(const boost::shared_ptr<RunState>& state);
+  std::exception_ptr runNow(const boost::shared_ptr<RunState>& state);
+  std::exception_ptr end(std::exception_ptr failure);
 
   mutable std::mutex _mutex;
   mutable std::condition_variable _ended;

@@ -65,10 +65,14 @@ private:
 VEXO_API Image& hostImage(const boost::shared_ptr<BaseImage>& image, const char* what);
 VEXO_API const Image& hostImage(const boost::shared_ptr<const BaseImage>& image, const char* what);
 
+/// True when both are one image, or reach the same samples: same address, strides, sizes and sample size. A filter may
+/// then run in place.
+VEXO_API bool isSameBuffer(const BaseImage& a, const BaseImage& b);
+
 /// How the samples of two images lie to one another.
 enum class eOverlap { None, Same, Partial };
-/// None: no byte is shared. Same: same address, strides, sizes and sample size, so that a filter may run in place.
-/// Partial: anything else, where a filter would read what it has already overwritten.
+/// None: no byte is shared. Same: isSameBuffer. Partial: anything else, where a filter would read what it has already
+/// overwritten; also images of over a million rows that lie among each other, whose rows are not compared.
 VEXO_API eOverlap getOverlap(const BaseImage& a, const BaseImage& b);
 
 /// Copies all samples; geometry and type must be equal. Both on the host.

@@ -53,7 +53,6 @@ public:
     const boost::shared_ptr<A> attribute = accessAttribute<A>();
     checkNotRunning();
     attribute->setStorage(value);
-    forgetCreation(*attribute);
   }
   /// The value or the default; a null handle when there is neither. Throws when the processor has no such attribute.
   template <class A>
@@ -68,8 +67,9 @@ public:
   }
 
   /// What a run checks before it starts: mandatory inputs are set, no output overlaps an input in memory (but may be the
-  /// same image), the rule holds. Throws the reason.
-  void checkCall() const;
+  /// same image), the rule holds. Throws the reason. Outputs that the run before created are dropped first: the next run
+  /// creates its own.
+  void checkCall();
   /// Geometry and type of the output image of that name, given or to be created; throws when it cannot be told yet.
   ImageOutputInitializer::Description describeOutput(const BaseImageAttribute& output) const;
 
@@ -104,7 +104,7 @@ protected:
 private:
   void checkNotRunning() const;
   [[noreturn]] void raiseNoSuchAttribute(const std::string& attributeName) const;
-  void forgetCreation(const BaseAttribute& attribute);
+  bool isCreated(const BaseAttribute& attribute) const;
   void createMissingOutputs();
   void dropCreatedOutputs();
   void releaseWorkImages();
@@ -115,7 +115,8 @@ private:
   OutputInitializerColl _outputInitializers;
   ProcessorDispatchPolicy _dispatchPolicy;
   RulePtr _rule;
-  AttributeColl _createdOutputs;  ///< outputs that the last run created, not the caller
+  /// Outputs that the last run created, not the caller, with what it created.
+  std::vector<std::pair<boost::shared_ptr<BaseAttribute>, boost::shared_ptr<const image::BaseImage>>> _createdOutputs;
   AttributeColl _emptyWork;       ///< work images that were not set when the run began
 };
 
