@@ -85,20 +85,41 @@ Span getSpan(const Image& image) {
   return span;
 }
 
-/// True when both images consist of rows on one grid (as two regions of one larger image do) and never share a column.
-bool areSideBySide(const Image& a, const Image& b) {
-  const std::size_t pitch = magnitude(a.getStrides().y);
-  if (pitch == 0) return false;
-  for (const Image* image : {&a, &b})
-    for (const Axis& axis : longAxes(image->getGeometry(), image->getStrides()))
-      if (magnitude(axis.stride) % pitch != 0) return false;
-  const std::size_t bytesA = a.getSizeX() * getSampleSize(a.getBufferType());
-  const std::size_t bytesB = b.getSizeX() * getSampleSize(b.getBufferType());
-  const auto addressA = reinterpret_cast<std::uintptr_t>(a.getData());
-  const auto addressB = reinterpret_cast<std::uintptr_t>(b.getData());
-  const std::size_t offset =
-      addressB >= addressA ? (addressB - addressA) % pitch : (pitch - (addressA - addressB) % pitch) % pitch;
-  return bytesA <= offset && offset + bytesB <= pitch;
+/// The most rows for which getOverlap looks at each row.
+constexpr std::size_t maxComparedRows = std::size_t(1) << 20;
+
+std::size_t countRows(const ImageGeometry& g) { return g.y * g.z * g.c * g.t; }
+
+void appendRows(const Image& image, std::vector<Span>& rows) {
+  const ImageGeometry& g = image.getGeometry();
+  const std::size_t bytes = g.x * getSampleSize(image.getBufferType());
+  for (std::size_t t = 0; t < g.t; ++t)
+    for (std::size_t c = 0; c < g.c; ++c)
+      for (std::size_t z = 0; z < g.z; ++z)
+        for (std::size_t y = 0; y < g.y; ++y) {
+          const auto first = reinterpret_cast<std::uintptr_t>(image.getRow(y, z, c, t));
+          rows.push_back({first, first + bytes});
+        }
+}
+
+/// True when no row of one image shares a byte with a row of the other, though both lie among each other.
+bool areInterleaved(const Image& a, const Image& b) {
+  if (countRows(a.getGeometry()) > maxComparedRows || countRows(b.getGeometry()) > maxComparedRows) return false;
+  std::vector<Span> rowsA, rowsB;
+  appendRows(a, rowsA);
+  appendRows(b, rowsB);
+  const auto byAddress = [](const Span& x, const Span& y) { return x.first < y.first; };
+  std::sort(rowsA.begin(), rowsA.end(), byAddress);
+  std::sort(rowsB.begin(), rowsB.end(), byAddress);
+  for (std::size_t i = 0, j = 0; i < rowsA.size() && j < rowsB.size();) {
+    if (rowsA[i].last <= rowsB[j].first)
+      ++i;
+    else if (rowsB[j].last <= rowsA[i].first)
+      ++j;
+    else
+      return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -195,21 +216,26 @@ Image& hostImage(const boost::shared_ptr<BaseImage>& image, const char* what) {
   return const_cast<Image&>(hostImage(boost::shared_ptr<const BaseImage>(image), what));
 }
 
-eOverlap getOverlap(const BaseImage& a, const BaseImage& b) {
+bool isSameBuffer(const BaseImage& a, const BaseImage& b) {
   const auto* first = dynamic_cast<const Image*>(&a);
   const auto* second = dynamic_cast<const Image*>(&b);
-  if (!first || !second) return &a == &b ? eOverlap::Same : eOverlap::None;
-  const Span spanA = getSpan(*first), spanB = getSpan(*second);
-  if (spanA.last <= spanB.first || spanB.last <= spanA.first) return eOverlap::None;
+  if (!first || !second) return &a == &b;
   const ImageGeometry& g = a.getGeometry();
   const ImageStrides &sa = first->getStrides(), &sb = second->getStrides();
   const auto sameStep = [](std::size_t size, std::ptrdiff_t x, std::ptrdiff_t y) { return size == 1 || x == y; };
-  if (first->getData() == second->getData() && g == b.getGeometry() &&
-      getSampleSize(a.getBufferType()) == getSampleSize(b.getBufferType()) && sameStep(g.y, sa.y, sb.y) &&
-      sameStep(g.z, sa.z, sb.z) && sameStep(g.c, sa.c, sb.c) && sameStep(g.t, sa.t, sb.t))
-    return eOverlap::Same;
-  if (sa.y == sb.y && (areSideBySide(*first, *second) || areSideBySide(*second, *first))) return eOverlap::None;
-  return eOverlap::Partial;
+  return first->getData() == second->getData() && g == b.getGeometry() &&
+         getSampleSize(a.getBufferType()) == getSampleSize(b.getBufferType()) && sameStep(g.y, sa.y, sb.y) &&
+         sameStep(g.z, sa.z, sb.z) && sameStep(g.c, sa.c, sb.c) && sameStep(g.t, sa.t, sb.t);
+}
+
+eOverlap getOverlap(const BaseImage& a, const BaseImage& b) {
+  if (isSameBuffer(a, b)) return eOverlap::Same;
+  const auto* first = dynamic_cast<const Image*>(&a);
+  const auto* second = dynamic_cast<const Image*>(&b);
+  if (!first || !second) return eOverlap::None;
+  const Span spanA = getSpan(*first), spanB = getSpan(*second);
+  if (spanA.last <= spanB.first || spanB.last <= spanA.first) return eOverlap::None;
+  return areInterleaved(*first, *second) ? eOverlap::None : eOverlap::Partial;
 }
 
 void copySamples(const Image& from, Image& to) {

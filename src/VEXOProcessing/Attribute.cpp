@@ -1,5 +1,6 @@
 #include "VEXOProcessing/Attribute.h"
 
+#include <cctype>
 #include <cstring>
 
 #include "VEXOCore/Buffer.h"
@@ -8,22 +9,19 @@
 namespace vexo::processor {
 namespace {
 
-bool startsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
+/// True when the name begins with the prefix as a word of its own: "InOutMaxVal" but not "InOutlineWidth".
+bool hasPrefix(const std::string& name, const std::string& prefix) {
+  return name.compare(0, prefix.size(), prefix) == 0 &&
+         !std::islower(static_cast<unsigned char>(name[prefix.size()]));
+}
 
 }  // namespace
 
 AttributeInfo::AttributeInfo(const std::string& qualifiedClassName, const char* tip)
     : name(shortTypeName(qualifiedClassName)), toolTip(tip) {
-  std::size_t prefix = 2;
-  direction = eAttributeDirection::In;
-  if (startsWith(name, "InOut")) {
-    prefix = 5;
-    direction = eAttributeDirection::InOut;
-  } else if (startsWith(name, "Out")) {
-    prefix = 3;
-    direction = eAttributeDirection::Out;
-  }
-  optional = name.compare(prefix, 3, "Opt") == 0;
+  const bool inOut = hasPrefix(name, "InOut"), out = hasPrefix(name, "Out");
+  direction = inOut ? eAttributeDirection::InOut : out ? eAttributeDirection::Out : eAttributeDirection::In;
+  optional = hasPrefix(name, inOut ? "InOutOpt" : out ? "OutOpt" : "InOpt");
 }
 
 bool AttributeInfo::isWorkImage() const {
@@ -33,7 +31,8 @@ bool AttributeInfo::isWorkImage() const {
 BaseAttribute::~BaseAttribute() = default;
 
 void raiseRefusedValue(const std::string& attributeName, const std::string& why) {
-  raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::RefusedValue, attributeName, why);
+  raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::RefusedValue,
+                              attributeName, why);
 }
 
 void writeImage(BaseOArchive& archive, const std::string& name, const image::BaseImage& image) {
@@ -60,7 +59,8 @@ boost::shared_ptr<image::Image> readImage(BaseIArchive& archive, const std::stri
   std::string typeName;
   archive.read("type", typeName);
   image::eImageBufferType type;
-  if (const BoolResult known = image::fromString(typeName, type); !known) raiseRefusedValue(name, known.getMessage());
+  if (const BoolResult known = image::fromString(typeName, type); !known)
+    raiseRefusedValue(name, known.getMessage());
   image::ImageGeometry g;
   const auto readSize = [&](const char* item, std::size_t& size) {
     std::uint64_t value = 0;
@@ -77,8 +77,8 @@ boost::shared_ptr<image::Image> readImage(BaseIArchive& archive, const std::stri
   const image::ImageStrides dense = image::denseStrides(g, type);
   // Compared before the image is created: what the text claims must not make us allocate more than it holds.
   if (checkedMultiply(static_cast<std::size_t>(dense.t), g.t, "image size") != samples.size())
-    raiseRefusedValue(name, std::to_string(samples.size()) + " bytes of samples do not fit " + image::toString(g) +
-                                " of " + typeName);
+    raiseRefusedValue(name, std::to_string(samples.size()) + " bytes of samples do not fit " +
+                                image::toString(g) + " of " + typeName);
   const auto result = image::Image::create(g, type);
   std::memcpy(result->getData(), samples.data(), samples.size());
   return result;

@@ -35,15 +35,16 @@ void BaseStaticProcessorDispatcher::initBase(const core::BasePriority& priority,
     if (!count) continue;
     if (first && *count != _pieceCount)
       raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnevenSplits,
-                                  first->getAttributeName() + " has " + std::to_string(_pieceCount) + " pieces, " +
-                                      split->getAttributeName() + " has " + std::to_string(*count));
+                                  first->getAttributeName() + " has " + std::to_string(_pieceCount) +
+                                      " pieces, " + split->getAttributeName() + " has " +
+                                      std::to_string(*count));
     first = split.get();
     _pieceCount = *count;
   }
 }
 
-void BaseDynamicProcessorDispatcher::initBase(const core::BasePriority& priority,
-                                              const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits) {
+void BaseDynamicProcessorDispatcher::initBase(
+    const core::BasePriority& priority, const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits) {
   setSplits(priority, {splits.begin(), splits.end()});
   _splits = splits;
 }
@@ -55,8 +56,9 @@ std::size_t BaseDynamicProcessorDispatcher::prepare() {
     if (!wanted) continue;
     if (!axis) axis = wanted;
     if (wanted->direction != axis->direction || wanted->length != axis->length)
-      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnevenSplits,
-                                  split->getAttributeName() + " is cut along another axis, or is of another length");
+      raiseMessage<BaseException>(
+          getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnevenSplits,
+          split->getAttributeName() + " is cut along another axis, or is of another length");
     axis->margin = std::max(axis->margin, wanted->margin);
   }
   const image::StripBounds bounds =
@@ -65,7 +67,8 @@ std::size_t BaseDynamicProcessorDispatcher::prepare() {
   return bounds.size() - 1;
 }
 
-image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin, const ProcessorDispatchPolicy& policy) {
+image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin,
+                                 const ProcessorDispatchPolicy& policy) {
   const std::size_t shortest =
       std::max<std::size_t>({policy.minStripLength, margin * policy.lengthPerMargin, std::size_t(1)});
   const std::size_t count = std::max<std::size_t>(1, length / shortest);

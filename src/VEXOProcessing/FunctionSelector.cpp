@@ -22,7 +22,8 @@ bool InstructionSetsIdentifier::isWithin(const InstructionSetsIdentifier& allowe
   return std::includes(allowed._sets.begin(), allowed._sets.end(), _sets.begin(), _sets.end());
 }
 
-AlgorithmFunctionEfficiency::AlgorithmFunctionEfficiency(const InstructionSetsIdentifier& sets) : _efficiency(0) {
+AlgorithmFunctionEfficiency::AlgorithmFunctionEfficiency(const InstructionSetsIdentifier& sets)
+    : _efficiency(0) {
   // The values of the enumeration grow with the width of the vectors; FMA3 with AVX2 comes after AVX2 alone.
   for (const eInstructionSet set : sets.getSets()) _efficiency = std::max(_efficiency, 2u * set);
   _efficiency += static_cast<unsigned>(sets.getSets().size() > 1);

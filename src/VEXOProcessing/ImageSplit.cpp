@@ -5,7 +5,8 @@
 namespace vexo::imaproc {
 
 BoolResult BaseSubImageSplit::initBase(eSubImageSplitType type, eVolumeParsingType volume, eColorParsingType,
-                                       eTemporalParsingType, const boost::shared_ptr<const image::BaseImage>& image) {
+                                       eTemporalParsingType,
+                                       const boost::shared_ptr<const image::BaseImage>& image) {
   if (!image) raiseError(VEXO_HERE, "VEXOProcessing", "cannot split a null image");
   _planes = type == eSubImageSplitType::Plane2d;
   if (_planes != (volume == eVolumeParsingType::SliceBySlice))
@@ -42,7 +43,8 @@ image::StripMargins centredMargins(std::size_t halfX, std::size_t halfY, std::si
 
 image::StripMargins kernelMargins(const KernelXY& kernel) {
   const auto reach = kernel.getExtent();
-  const image::StripMargins margins{{reach[0].before, reach[1].before, 0}, {reach[0].after, reach[1].after, 0}};
+  const image::StripMargins margins{{reach[0].before, reach[1].before, 0},
+                                    {reach[0].after, reach[1].after, 0}};
   checkMargins(margins);
   return margins;
 }

@@ -42,13 +42,13 @@ void ImageOutputInitializer::initOutputAttribute() {
     output->setImage(getInput()->createSimilar(description.geometry, description.type));
 }
 
-boost::shared_ptr<BaseOutputInitializer> makeDuplicateInitializer(boost::weak_ptr<BaseImageAttribute> output,
-                                                                  boost::weak_ptr<const BaseImageAttribute> input) {
+boost::shared_ptr<BaseOutputInitializer> makeDuplicateInitializer(
+    boost::weak_ptr<BaseImageAttribute> output, boost::weak_ptr<const BaseImageAttribute> input) {
   return boost::make_shared<DuplicateInitializer>(std::move(output), std::move(input));
 }
 
-boost::shared_ptr<BaseOutputInitializer> makePromoteInitializer(boost::weak_ptr<BaseImageAttribute> output,
-                                                                boost::weak_ptr<const BaseImageAttribute> input) {
+boost::shared_ptr<BaseOutputInitializer> makePromoteInitializer(
+    boost::weak_ptr<BaseImageAttribute> output, boost::weak_ptr<const BaseImageAttribute> input) {
   return boost::make_shared<PromoteInitializer>(std::move(output), std::move(input));
 }
 

@@ -38,14 +38,16 @@ void BaseProcessingAlgorithm::process(const core::RunShare& share) {
   if (!function.function)
     raiseMessage<BaseException>(
         getProcessingLogger(), VEXO_HERE, eProcessorMessage::NoFunction, getObjectName(), types.getNames(),
-        forced.isEmpty() ? std::string() : "in the forced instruction set " + core::toString(forced.getSets()));
+        forced.isEmpty() ? std::string()
+                         : "in the forced instruction set " + core::toString(forced.getSets()));
   if (const BoolResult done = runFunction(function, types); !done)
-    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(),
-                                done.getMessage());
+    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed,
+                                getObjectName(), done.getMessage());
   share.done();
 }
 
-BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& function, const DataTypeIdentifierColl&) {
+BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& function,
+                                                const DataTypeIdentifierColl&) {
   std::vector<image::StripSource> sources;
   std::vector<image::StripTarget> targets;
   std::vector<LoadLine> loaders;
@@ -68,10 +70,10 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
   bool inPlace = false;
   for (const auto& output : outputs)
     for (const image::BaseImage* input : inputImages)
-      inPlace = inPlace || image::getOverlap(*input, *output->getImage()) != image::eOverlap::None;
+      inPlace = inPlace || image::isSameBuffer(*input, *output->getImage());
 
-  ProcessingInfo info{sources.data(), targets.data(), loaders.data(), storers.data(), getKernelParameters(),
-                      inPlace,        nullptr};
+  ProcessingInfo info{sources.data(),        targets.data(), loaders.data(), storers.data(),
+                      getKernelParameters(), inPlace,        nullptr};
   HybridBuffer<> scratch(function.table->scratchSize ? function.table->scratchSize(info) : 0);
   info.scratch = scratch.data();
   if (const char* failure = function.function(info)) return BoolResult::failure(failure);
@@ -79,15 +81,18 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
   return true;
 }
 
-KernelRegistrator::KernelRegistrator(AlgorithmFunctionSelector& selector, const std::vector<KernelObject>& objects) {
+KernelRegistrator::KernelRegistrator(AlgorithmFunctionSelector& selector,
+                                     const std::vector<KernelObject>& objects) {
   for (const KernelObject& object : objects) {
     if (!AlgorithmFunctionSelector::isSupported(object.sets)) continue;
     for (int in = 0; in < kernelTypeCount; ++in)
       for (int out = 0; out < kernelTypeCount; ++out) {
         if (!object.table.functions[in][out]) continue;
         AlgorithmFunctionIdentifier identifier;
-        identifier.types.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(in)));
-        identifier.types.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(out)));
+        identifier.types.add(
+            boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(in)));
+        identifier.types.add(
+            boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(out)));
         identifier.sets = object.sets;
         identifier.efficiency = AlgorithmFunctionEfficiency(object.sets).getEfficiency();
         identifier.function = {object.table.functions[in][out], &object.table};
@@ -100,12 +105,12 @@ void BaseGpuProcessingAlgorithm::process(const core::RunShare& share) {
   for (const auto& attribute : getAttributes()) {
     const auto* image = dynamic_cast<const BaseImageAttribute*>(attribute.get());
     if (image && image->isSet() && !image->getImage()->isGpuImage())
-      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(),
-                                  attribute->getName() + " is not an image on the GPU");
+      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed,
+                                  getObjectName(), attribute->getName() + " is not an image on the GPU");
   }
   if (const BoolResult done = processOnGpu(); !done)
-    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(),
-                                done.getMessage());
+    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed,
+                                getObjectName(), done.getMessage());
   share.done();
 }
 

@@ -4,7 +4,9 @@ namespace vexo {
 
 using processor::eProcessorMessage;
 
-LogMessageManager& MessageMap<eProcessorMessage>::manager() { return LogMessageManager::getInstance("VEXOProcessing"); }
+LogMessageManager& MessageMap<eProcessorMessage>::manager() {
+  return LogMessageManager::getInstance("VEXOProcessing");
+}
 
 const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
   static const std::vector<std::pair<eProcessorMessage, const char*>> table = {
@@ -13,7 +15,7 @@ const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProces
       {eProcessorMessage::NoInitializer, "%1%: the output %2% is not set and cannot be created"},
       {eProcessorMessage::NoSuchAttribute, "%1% has no attribute %2%"},
       {eProcessorMessage::OverlappingImages,
-       "%1%: %2% and %3% overlap in memory without being the same image: the result would depend on itself"},
+       "%1%: %2% and %3% overlap in memory; only an input may share it, as the very same image"},
       {eProcessorMessage::NoFunction, "%1% has no kernel for the sample types (%2%) %3%"},
       {eProcessorMessage::UnevenSplits, "the splits of a dispatcher disagree: %1%"},
       {eProcessorMessage::WrongProcessor, "a split serves another processor: %1%"},
@@ -28,7 +30,9 @@ const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProces
 
 namespace processor {
 
-log4cplus::Logger getProcessingLogger() { return getModuleLogger("VEXOProcessing"); }
+log4cplus::Logger getProcessingLogger() {
+  return getModuleLogger("VEXOProcessing");
+}
 
 namespace {
 const bool registered = static_cast<bool>(MsgMapRegistrator<eProcessorMessage>::registerMessageMap());

@@ -53,28 +53,37 @@ void BaseProcessor::raiseNoSuchAttribute(const std::string& attributeName) const
   fail(VEXO_HERE, eProcessorMessage::NoSuchAttribute, getObjectName(), attributeName);
 }
 
-void BaseProcessor::checkCall() const {
+void BaseProcessor::checkCall() {
   if (!_initialised) fail(VEXO_HERE, eProcessorMessage::NotInitialised, getObjectName());
+  dropCreatedOutputs();
   if (_rulePolicy == eProcessorRulePolicy::WithoutRules) return;
   for (const auto& attribute : _attributes)
     if (attribute->isInput() && !attribute->isOptional() && !attribute->isSet() && !attribute->hasDefault())
       fail(VEXO_HERE, eProcessorMessage::MissingInput, getObjectName(), attribute->getName());
-  for (const auto& out : _attributes) {
-    const auto* output = dynamic_cast<const BaseImageAttribute*>(out.get());
-    if (!output || !output->isOutput() || !output->isSet()) continue;
-    for (const auto& in : _attributes) {
-      const auto* input = dynamic_cast<const BaseImageAttribute*>(in.get());
-      if (input && input != output && input->isSet() &&
-          image::getOverlap(*input->getImage(), *output->getImage()) == image::eOverlap::Partial)
-        fail(VEXO_HERE, eProcessorMessage::OverlappingImages, getObjectName(), input->getName(), output->getName());
-    }
-  }
+  checkOverlaps();
   if (const BoolResult held = _rule->check(); !held)
     fail(VEXO_HERE, eProcessorMessage::RuleFailed, getObjectName(), held.getMessage());
 }
 
+void BaseProcessor::checkOverlaps() const {
+  for (const auto& first : _attributes) {
+    const auto* output = dynamic_cast<const BaseImageAttribute*>(first.get());
+    if (!output || !output->isOutput() || !output->isSet()) continue;
+    for (const auto& second : _attributes) {
+      const auto* other = dynamic_cast<const BaseImageAttribute*>(second.get());
+      if (!other || other == output || !other->isSet()) continue;
+      const image::eOverlap overlap = image::getOverlap(*output->getImage(), *other->getImage());
+      // An input may be the output; two outputs must have nothing in common.
+      if (overlap == image::eOverlap::Partial || (overlap == image::eOverlap::Same && !other->isInput()))
+        fail(VEXO_HERE, eProcessorMessage::OverlappingImages, getObjectName(), other->getName(),
+             output->getName());
+    }
+  }
+}
+
 ImageOutputInitializer::Description BaseProcessor::describeOutput(const BaseImageAttribute& output) const {
-  if (const auto image = output.getImage()) return {image->getGeometry(), image->getBufferType()};
+  if (const auto image = output.getImage(); image && !isCreated(output))
+    return {image->getGeometry(), image->getBufferType()};
   const auto found = _outputInitializers.find(output.getName());
   const auto* initializer = found == _outputInitializers.end()
                                 ? nullptr
@@ -84,8 +93,19 @@ ImageOutputInitializer::Description BaseProcessor::describeOutput(const BaseImag
 }
 
 void BaseProcessor::forgetCreation(const BaseAttribute& attribute) {
-  const auto isIt = [&](const boost::shared_ptr<BaseAttribute>& created) { return created.get() == &attribute; };
-  _createdOutputs.erase(std::remove_if(_createdOutputs.begin(), _createdOutputs.end(), isIt), _createdOutputs.end());
+  const auto isIt = [&](const auto& created) { return created.first.get() == &attribute; };
+  _createdOutputs.erase(std::remove_if(_createdOutputs.begin(), _createdOutputs.end(), isIt),
+                        _createdOutputs.end());
+}
+
+bool BaseProcessor::isCreated(const BaseAttribute& attribute) const {
+  for (const auto& [created, image] : _createdOutputs) {
+    if (created.get() != &attribute) continue;
+    // The caller may have set an image of its own since.
+    const auto* holder = dynamic_cast<const BaseImageAttribute*>(&attribute);
+    return !holder || holder->getImage() == image;
+  }
+  return false;
 }
 
 void BaseProcessor::createMissingOutputs() {
@@ -95,12 +115,14 @@ void BaseProcessor::createMissingOutputs() {
     // Outputs that are no image, and work images, may be set by the run itself.
     if (initializer == _outputInitializers.end()) continue;
     initializer->second->initOutputAttribute();
-    _createdOutputs.push_back(attribute);
+    const auto holder = boost::dynamic_pointer_cast<const BaseImageAttribute>(attribute);
+    _createdOutputs.emplace_back(attribute, holder ? holder->getImage() : nullptr);
   }
 }
 
 void BaseProcessor::dropCreatedOutputs() {
-  for (const auto& attribute : _createdOutputs) attribute->clear();
+  for (const auto& [attribute, image] : _createdOutputs)
+    if (isCreated(*attribute)) attribute->clear();
   _createdOutputs.clear();
 }
 
@@ -110,8 +132,6 @@ void BaseProcessor::releaseWorkImages() {
 }
 
 void BaseProcessor::execute(const core::RunShare& share) {
-  // What the run before created belongs to whoever read it; this run may need another size.
-  dropCreatedOutputs();
   checkCall();
   for (const auto& attribute : _attributes)
     if (attribute->getInfo().isWorkImage() && !attribute->isSet()) _emptyWork.push_back(attribute);
@@ -137,23 +157,30 @@ BoolResult BaseProcessor::copy(const BaseDynamicObject& other) {
     return BoolResult::failure(getClassName() + " cannot copy a " + other.getClassName());
   if (twin == this || !twin->_initialised) return true;
   if (const BoolResult ready = init(twin->_rulePolicy); !ready) return ready;
-  for (std::size_t i = 0; i < _attributes.size(); ++i) {
-    if (const BoolResult copied = _attributes[i]->copyValue(*twin->_attributes[i]); !copied) return copied;
-    // A result stays a result: the copy will create its own rather than write over the original's.
-    const auto& created = twin->_createdOutputs;
-    if (std::find(created.begin(), created.end(), twin->_attributes[i]) != created.end())
-      _createdOutputs.push_back(_attributes[i]);
-  }
   _dispatchPolicy = twin->_dispatchPolicy;
   setThreadLimit(twin->getThreadLimit());
   setPriority(twin->getPriority());
+  return copyValues(*twin);
+}
+
+BoolResult BaseProcessor::copyValues(const BaseProcessor& other) {
+  _createdOutputs.clear();
+  for (std::size_t i = 0; i < _attributes.size(); ++i) {
+    if (const BoolResult copied = _attributes[i]->copyValue(*other._attributes[i]); !copied) return copied;
+    // A result stays a result: the copy will create its own rather than write over the original's.
+    for (const auto& [created, image] : other._createdOutputs)
+      if (created == other._attributes[i] && other.isCreated(*created))
+        _createdOutputs.emplace_back(_attributes[i], image);
+  }
   return true;
 }
 
 void BaseProcessor::write(BaseOArchive& archive) const {
   ArchiveSectionManager section(archive, getClassName());
   archive.write("version", getClassVersion());
-  for (const auto& attribute : _attributes) attribute->write(archive);
+  // A created output is a result, not a setting: the processor that is read back creates its own.
+  for (const auto& attribute : _attributes)
+    if (!isCreated(*attribute)) attribute->write(archive);
 }
 
 BoolResult BaseProcessor::read(BaseIArchive& archive) {
@@ -170,9 +197,10 @@ BoolResult BaseProcessor::read(BaseIArchive& archive) {
     }
     archive.registerClassVersion(getClassName(), version);
     const auto fresh = boost::static_pointer_cast<BaseProcessor>(createShared());
-    fresh->init(_initialised ? _rulePolicy : eProcessorRulePolicy::WithRules);
+    fresh->init();
     for (const auto& attribute : fresh->_attributes) attribute->read(archive);
-    return copy(*fresh);
+    if (!_initialised) init();
+    return copyValues(*fresh);
   } catch (const UnHandleException&) {
     throw;
   } catch (const std::exception& failure) {
@@ -193,7 +221,8 @@ namespace {
 
 class SingleActionProvider final : public core::BaseActionProvider {
 public:
-  explicit SingleActionProvider(boost::shared_ptr<BaseProcessor> processor) : _processor(std::move(processor)) {}
+  explicit SingleActionProvider(boost::shared_ptr<BaseProcessor> processor)
+      : _processor(std::move(processor)) {}
   std::size_t prepare() override { return 1; }
   void runPiece(std::size_t, const core::RunShare& share) override { _processor->runNested(share); }
 
@@ -216,36 +245,44 @@ void runProvider(const BaseProcessor& processor, const core::RunShare& share, co
 
 }  // namespace
 
-boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(boost::shared_ptr<BaseProcessor> processor) {
+boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(
+    boost::shared_ptr<BaseProcessor> processor) {
   return boost::make_shared<SingleActionProvider>(std::move(processor));
 }
 
 void BaseAsync1Processor::process(const core::RunShare& share) {
-  runProvider(*this, share, [this](const auto& priority, auto& provider) { return retrieveProvider(priority, provider); });
+  runProvider(*this, share,
+              [this](const auto& priority, auto& provider) { return retrieveProvider(priority, provider); });
 }
 
 void BaseAsync2Processor::process(const core::RunShare& share) {
-  runProvider(*this, share.part(2),
-              [this](const auto& priority, auto& provider) { return retrieveFirstProvider(priority, provider); });
-  runProvider(*this, share.part(2),
-              [this](const auto& priority, auto& provider) { return retrieveSecondProvider(priority, provider); });
+  runProvider(*this, share.part(2), [this](const auto& priority, auto& provider) {
+    return retrieveFirstProvider(priority, provider);
+  });
+  runProvider(*this, share.part(2), [this](const auto& priority, auto& provider) {
+    return retrieveSecondProvider(priority, provider);
+  });
 }
 
 void BaseAsync3Processor::process(const core::RunShare& share) {
-  runProvider(*this, share.part(3),
-              [this](const auto& priority, auto& provider) { return retrieveFirstProvider(priority, provider); });
-  runProvider(*this, share.part(3),
-              [this](const auto& priority, auto& provider) { return retrieveSecondProvider(priority, provider); });
-  runProvider(*this, share.part(3),
-              [this](const auto& priority, auto& provider) { return retrieveThirdProvider(priority, provider); });
+  runProvider(*this, share.part(3), [this](const auto& priority, auto& provider) {
+    return retrieveFirstProvider(priority, provider);
+  });
+  runProvider(*this, share.part(3), [this](const auto& priority, auto& provider) {
+    return retrieveSecondProvider(priority, provider);
+  });
+  runProvider(*this, share.part(3), [this](const auto& priority, auto& provider) {
+    return retrieveThirdProvider(priority, provider);
+  });
 }
 
 void BaseRepeatedAsync1Processor::process(const core::RunShare& share) {
   const std::size_t count = getRepetitionCount();
   if (count == 0) return share.done();
   for (std::size_t i = 0; i < count; ++i)
-    runProvider(*this, share.part(count),
-                [this, i](const auto& priority, auto& provider) { return retrieveProvider(priority, i, provider); });
+    runProvider(*this, share.part(count), [this, i](const auto& priority, auto& provider) {
+      return retrieveProvider(priority, i, provider);
+    });
 }
 
 }  // namespace vexo::processor

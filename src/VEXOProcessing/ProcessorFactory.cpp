@@ -37,7 +37,8 @@ boost::shared_ptr<BaseProcessor> ProcessorFactory::createProcessor(const std::st
     if (found != registry().infos.end()) info = found->second;
   }
   if (!info.sharedCreator)
-    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnknownProcessor, typeName);
+    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnknownProcessor,
+                                typeName);
   return boost::static_pointer_cast<BaseProcessor>(info.sharedCreator());
 }
 

@@ -18,7 +18,9 @@ private:
 
 BaseRule::~BaseRule() = default;
 
-RulePtr makeRule(std::function<BoolResult()> check) { return boost::make_shared<FunctionRule>(std::move(check)); }
+RulePtr makeRule(std::function<BoolResult()> check) {
+  return boost::make_shared<FunctionRule>(std::move(check));
+}
 
 RulePtr none() {
   static const RulePtr rule = makeRule([] { return BoolResult(true); });
@@ -70,8 +72,9 @@ processor::RulePtr match(const boost::weak_ptr<const BaseImageAttribute>& first,
       return BoolResult::failure(a->getName() + " and " + b->getName() + " differ in size: " +
                                  toString(imageA->getGeometry()) + " and " + toString(imageB->getGeometry()));
     if (alsoType && imageA->getBufferType() != imageB->getBufferType())
-      return BoolResult::failure(a->getName() + " and " + b->getName() + " differ in type: " +
-                                 toString(imageA->getBufferType()) + " and " + toString(imageB->getBufferType()));
+      return BoolResult::failure(a->getName() + " and " + b->getName() +
+                                 " differ in type: " + toString(imageA->getBufferType()) + " and " +
+                                 toString(imageB->getBufferType()));
     return true;
   });
 }
@@ -91,7 +94,7 @@ processor::RulePtr matchSizeAndType(const boost::weak_ptr<const BaseImageAttribu
 bool isInSitu(const boost::shared_ptr<const BaseImageAttribute>& input,
               const boost::shared_ptr<const BaseImageAttribute>& output) {
   const auto in = input->getImage(), out = output->getImage();
-  return in && out && image::getOverlap(*in, *out) == image::eOverlap::Same;
+  return in && out && image::isSameBuffer(*in, *out);
 }
 
 }  // namespace vexo::imaproc

@@ -64,7 +64,8 @@ private:
   boost::shared_ptr<void> _arena;  ///< the runner's: the threads that all pieces of the run share
 };
 
-/// The part of a run that a piece of work stands for: its state, and its share of the progress (1 = all of it).
+/// The part of a run that a piece of work stands for: its state, and its share of the progress (1 = all of
+/// it).
 struct RunShare {
   RunState& state;
   double share = 1;
@@ -85,23 +86,23 @@ public:
 
 /// Runs the pieces of providers on the worker threads of the process.
 ///
-/// Threads are started by the first run that can use more than one, never when the library is loaded. By default there
-/// are as many as the affinity mask and the control group of the process grant.
+/// Threads are started by the first run that can use more than one, never when the library is loaded. By
+/// default there are as many as the affinity mask and the control group of the process grant.
 class VEXO_API ActionRunner {
 public:
   static ActionRunner& getInstance();
   ~ActionRunner();
 
-  /// Number of threads that a run may use, the calling one included; 0 restores the default. Applies to runs that
-  /// start later.
+  /// Number of threads that a run may use, the calling one included; 0 restores the default. Applies to runs
+  /// that start later.
   void setThreadCount(std::size_t count);
   std::size_t getThreadCount() const;
   static std::size_t getDefaultThreadCount();
 
   /// Runs all pieces and returns when the last has ended; throws the first failure.
   void run(BaseActionProvider& provider, const RunShare& share);
-  /// Runs `task`, the whole of the run with that state, on a thread of its own. When the process ends first, the run
-  /// is cancelled and waited for.
+  /// Runs `task`, the whole of the run with that state, on a thread of its own. When the process ends first,
+  /// the run is cancelled and waited for.
   void start(const boost::shared_ptr<RunState>& state, std::function<void()> task);
 
 private:
@@ -118,10 +119,10 @@ public:
   BaseAction& operator=(const BaseAction&) = delete;
   virtual ~BaseAction();
 
-  /// Synchronous: runs to the end and answers whether it succeeded. Asynchronous: starts the run, which keeps the action
-  /// alive, and answers whether it was started (false when no boost::shared_ptr owns it). An action that is running is
-  /// not run again (false).
-  /// No failure of the run itself is thrown: see getResult and rethrowFailure.
+  /// Synchronous: runs to the end and answers whether it succeeded. Asynchronous: starts the run, which keeps
+  /// the action alive, and answers whether it was started (false when no boost::shared_ptr owns it). An
+  /// action that is running is not run again (false). No failure of the run itself is thrown: see getResult
+  /// and rethrowFailure.
   BoolResult run(eSynchroType synchro);
 
   bool isRunning() const;
@@ -132,13 +133,14 @@ public:
   /// Throws the failure of the last run when it failed.
   void rethrowFailure() const;
 
-  /// Asks the current run to stop. Seen before the next piece starts; the run then fails and says that it was cancelled.
+  /// Asks the current run to stop. Seen before the next piece starts; the run then fails and says that it was
+  /// cancelled.
   void cancel();
   /// From 0 to 1, never falling during a run; 1 once it has succeeded.
   double getProgress() const;
 
-  /// Threads that the next run may use; 0 means those of the process. Throws as ActionRunner::setThreadCount does when
-  /// there are too many.
+  /// Threads that the next run may use; 0 means those of the process. Throws as ActionRunner::setThreadCount
+  /// does when there are too many.
   void setThreadLimit(std::size_t count);
   std::size_t getThreadLimit() const;
   void setPriority(BasePriority priority);

@@ -19,7 +19,8 @@ public:
   virtual BaseDynamicObject* createNew() const = 0;
   virtual boost::shared_ptr<BaseDynamicObject> createShared() const = 0;
 
-  /// Takes over the values and settings of an object of the same class; false with a message when it is of another.
+  /// Takes over the values and settings of an object of the same class; false with a message when it is of
+  /// another.
   virtual BoolResult copy(const BaseDynamicObject& other) = 0;
   virtual bool hasCopySupport() const = 0;
   /// A new instance with the values and settings of this one; the caller owns the raw pointer.

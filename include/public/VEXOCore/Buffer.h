@@ -16,13 +16,13 @@ constexpr std::size_t bufferAlignment = 64;
 VEXO_API std::size_t checkedMultiply(std::size_t a, std::size_t b, const char* what);
 VEXO_API std::size_t checkedAdd(std::size_t a, std::size_t b, const char* what);
 
-/// A block of memory of `size` bytes, uninitialised, aligned to `bufferAlignment`. Large blocks are asked for in huge
-/// pages and kept for reuse when released, up to getRecycledMemoryLimit() bytes in the whole process.
+/// A block of memory of `size` bytes, uninitialised, aligned to `bufferAlignment`. Large blocks are asked for
+/// in huge pages and kept for reuse when released, up to getRecycledMemoryLimit() bytes in the whole process.
 /// Throws a BaseException that names the size when the memory cannot be had.
 VEXO_API boost::shared_ptr<void> allocateBlock(std::size_t size);
 
-/// Bytes of released blocks that may be kept for reuse; 256 MiB at start. Lowering it frees what exceeds it; 0
-/// keeps nothing.
+/// Bytes of released blocks that may be kept for reuse; 256 MiB at start. Lowering it frees what exceeds it;
+/// 0 keeps nothing.
 VEXO_API void setRecycledMemoryLimit(std::size_t bytes);
 VEXO_API std::size_t getRecycledMemoryLimit();
 /// Bytes kept at this moment.
@@ -53,7 +53,9 @@ public:
   explicit FragHybridBuffer(const std::vector<std::size_t>& fragmentSizes);
 
   std::size_t getFragmentCount() const { return _offsets.size(); }
-  unsigned char* fragment(std::size_t index) { return static_cast<unsigned char*>(_block.get()) + _offsets[index]; }
+  unsigned char* fragment(std::size_t index) {
+    return static_cast<unsigned char*>(_block.get()) + _offsets[index];
+  }
   const unsigned char* fragment(std::size_t index) const {
     return static_cast<const unsigned char*>(_block.get()) + _offsets[index];
   }

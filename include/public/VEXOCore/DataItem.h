@@ -11,7 +11,8 @@
 
 namespace vexo {
 
-/// One typed value inside a data item: a serial key (also its name on the command line), a description, the value.
+/// One typed value inside a data item: a serial key (also its name on the command line), a description, the
+/// value.
 class VEXO_API BaseDataItemLeaf {
 public:
   BaseDataItemLeaf(std::string key, std::string description)
@@ -31,20 +32,20 @@ private:
   std::string _description;
 };
 
-/// Text to value and back for bool, std::uint32_t, std::int32_t, float, double and std::string. Parsing takes the whole
-/// text or fails; numbers are printed so that they read back equal.
+/// Text to value and back for bool, std::uint32_t, std::int32_t, float, double and std::string. Parsing takes
+/// the whole text or fails; numbers are printed so that they read back equal.
 template <class T>
 struct ScalarText {
   static const char* typeName();
   static std::string toText(const T& value);
   static BoolResult fromText(const std::string& text, T& value);
 };
-#define VEXO_SCALAR_TEXT(T)                                      \
-  template <>                                                    \
-  VEXO_API const char* ScalarText<T>::typeName();                \
-  template <>                                                    \
-  VEXO_API std::string ScalarText<T>::toText(const T&);          \
-  template <>                                                    \
+#define VEXO_SCALAR_TEXT(T)                             \
+  template <>                                           \
+  VEXO_API const char* ScalarText<T>::typeName();       \
+  template <>                                           \
+  VEXO_API std::string ScalarText<T>::toText(const T&); \
+  template <>                                           \
   VEXO_API BoolResult ScalarText<T>::fromText(const std::string&, T&);
 VEXO_SCALAR_TEXT(bool)
 VEXO_SCALAR_TEXT(std::uint32_t)
@@ -71,8 +72,8 @@ private:
   T _value;
 };
 
-/// A set of parameters: leaves and further nodes, each with a key of its own. Derived classes own their leaves as
-/// members and add them, in serial order, in their constructor.
+/// A set of parameters: leaves and further nodes, each with a key of its own. Derived classes own their
+/// leaves as members and add them, in serial order, in their constructor.
 class VEXO_API BaseDataItemNode {
 public:
   BaseDataItemNode(std::string key, std::string description)
@@ -106,10 +107,12 @@ private:
   std::vector<BaseDataItemNode*> _nodes;
 };
 
-/// "Key=value,Key=value" of the leaves of a node (its own, not those of nodes inside it).
+/// "Key=value,Key=value" of the leaves of a node (its own, not those of nodes inside it). There is no escape
+/// for a comma inside a text.
 VEXO_API std::string dataItemToText(const BaseDataItemNode& item);
-/// Sets the named leaves; a value without a name goes to the leaf at its position ("0,255" for a range). On failure the message names the key, and the valid keys when it is unknown. Leaves set before
-/// the failure keep their new values.
+/// Sets the named leaves; a value without a name goes to the leaf at its position ("0,255" for a range). On
+/// failure the message names the key, and the valid keys when it is unknown. Leaves set before the failure
+/// keep their new values.
 VEXO_API BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item);
 
 }  // namespace vexo

@@ -12,7 +12,8 @@ VEXO_API bool isGpuSupportActivated();
 /// Switches the use of the GPU off, or on again where a device answers.
 VEXO_API void activateGpuSupport(bool activate);
 
-/// Device memory. Every function throws a BaseException that says what is missing when there is no GPU support.
+/// Device memory. Every function throws a BaseException that says what is missing when there is no GPU
+/// support.
 VEXO_API boost::shared_ptr<void> allocateOnGpu(std::size_t size);
 /// Copies `rowCount` rows of `rowBytes`; strides in bytes.
 VEXO_API void copyToGpu(void* device, std::size_t deviceStride, const void* host, std::size_t hostStride,

@@ -23,8 +23,8 @@ namespace core {
 /// True when the processor, and the operating system for its registers, offer the set.
 VEXO_API bool isAvailable(eInstructionSet set);
 
-/// A named combination of instruction sets, as kernels are compiled and as users force them: "standard", "sse2",
-/// "avx", "avx2", "fma3_avx2", "avx512".
+/// A named combination of instruction sets, as kernels are compiled and as users force them: "standard",
+/// "sse2", "avx", "avx2", "fma3_avx2", "avx512".
 struct NamedInstructionSets {
   const char* name;
   std::set<eInstructionSet> sets;

@@ -18,25 +18,28 @@ VEXO_API const std::string& getBaseLoggerName();
 VEXO_API log4cplus::Logger getModuleLogger(const std::string& moduleName);
 
 /// Logs at ERROR level with the source location, when the logger is enabled for it.
-VEXO_API void logError(const log4cplus::Logger& logger, const std::string& text, const boost::source_location& where);
+VEXO_API void logError(const log4cplus::Logger& logger, const std::string& text,
+                       const boost::source_location& where);
 
 /// How every error of the library is raised: the text is logged at ERROR level, then thrown with its place.
 template <class Exception>
-[[noreturn]] void raise(const log4cplus::Logger& logger, const boost::source_location& where, std::string text) {
+[[noreturn]] void raise(const log4cplus::Logger& logger, const boost::source_location& where,
+                        std::string text) {
   logError(logger, text, where);
   throw Exception(std::move(text), where);
 }
 
 /// Raises a message of a registered table.
 template <class Exception, class Enum, class... Args>
-[[noreturn]] void raiseMessage(const log4cplus::Logger& logger, const boost::source_location& where, Enum value,
-                               const Args&... args) {
+[[noreturn]] void raiseMessage(const log4cplus::Logger& logger, const boost::source_location& where,
+                               Enum value, const Args&... args) {
   raise<Exception>(logger, where, formatMessage(value, args...));
 }
 
 /// Raises a text of the framework that no table holds; the arguments are joined as a stream joins them.
 template <class... Args>
-[[noreturn]] void raiseError(const boost::source_location& where, const char* moduleName, const Args&... args) {
+[[noreturn]] void raiseError(const boost::source_location& where, const char* moduleName,
+                             const Args&... args) {
   std::ostringstream text;
   (text << ... << args);
   raise<BaseException>(getModuleLogger(moduleName), where, text.str());

@@ -13,7 +13,8 @@
 
 namespace vexo {
 
-/// The user-visible texts of one module, keyed by (domain, value); a domain is the type name of an enumeration.
+/// The user-visible texts of one module, keyed by (domain, value); a domain is the type name of an
+/// enumeration.
 class VEXO_API LogMessageManager {
 public:
   /// The manager of a module, made on first use and kept until the process ends. Thread-safe.
@@ -52,8 +53,8 @@ public:
   }
 };
 
-/// The text of one message with its %1%-style placeholders filled. Formatting never throws: a text that cannot
-/// be formatted becomes "Exception thrown while processing message".
+/// The text of one message with its %1%-style placeholders filled. Formatting never throws: a text that
+/// cannot be formatted becomes "Exception thrown while processing message".
 class VEXO_API LogMessageFormater {
 public:
   explicit LogMessageFormater(const LogMessageManager& manager) : _manager(manager) {}

@@ -16,11 +16,12 @@ namespace vexo::processor {
 
 enum class eAttributeDirection { In, Out, InOut };
 
-/// What a parameter's class says once for all its objects. Direction and optionality are read off the name: the prefix
-/// "In", "Out" or "InOut", with "Opt" after it when the parameter may stay unset.
+/// What a parameter's class says once for all its objects. Direction and optionality are read off the name:
+/// the prefix "In", "Out" or "InOut", with "Opt" after it when the parameter may stay unset.
 struct VEXO_API AttributeInfo {
   explicit AttributeInfo(const std::string& qualifiedClassName, const char* toolTip);
-  /// A work image ("OutWk1Img", "OutOptWk1RealGpuImg"), released after each run unless the caller supplied it.
+  /// A work image ("OutWk1Img", "OutOptWk1RealGpuImg"), released after each run unless the caller supplied
+  /// it.
   bool isWorkImage() const;
 
   std::string name;
@@ -52,11 +53,12 @@ public:
 
   /// The value (the default when it is not set) as text; empty when there is none or it has no text form.
   virtual std::string getText() const = 0;
-  /// False with a message when the text is no value of this type or the type has no text form; throws when the
-  /// attribute refuses the value.
+  /// False with a message when the text is no value of this type or the type has no text form; throws when
+  /// the attribute refuses the value.
   virtual BoolResult setText(const std::string& text) = 0;
 
-  /// Writes the value as an item of this name, when it is set; reads it, or clears it when there is no such item.
+  /// Writes the value as an item of this name, when it is set; reads it, or clears it when there is no such
+  /// item.
   virtual void write(BaseOArchive& archive) const = 0;
   virtual void read(BaseIArchive& archive) = 0;
 };
@@ -118,7 +120,9 @@ public:
   void clear() override { _value.reset(); }
   BoolResult copyValue(const BaseAttribute& other) override {
     const auto* twin = dynamic_cast<const Attribute*>(&other);
-    if (!twin) return BoolResult::failure("attribute " + this->getName() + " cannot take the value of " + other.getName());
+    if (!twin)
+      return BoolResult::failure("attribute " + this->getName() + " cannot take the value of " +
+                                 other.getName());
     _value = twin->_value;
     return true;
   }
@@ -189,7 +193,8 @@ private:
     return std::nullopt;
   }
   std::string getTextOrThrow() const {
-    if (!Text::available) raiseRefusedValue(this->getName(), "a value of this type cannot be written to an archive");
+    if (!Text::available)
+      raiseRefusedValue(this->getName(), "a value of this type cannot be written to an archive");
     return getText();
   }
 
@@ -236,7 +241,8 @@ public:
   boost::shared_ptr<const image::InputStrip> getStrip() const override { return this->getStorage(); }
 };
 template <class Derived>
-class OutputStripAttribute : public Attribute<Derived, boost::shared_ptr<image::OutputStrip>, BaseOutputStripAttribute> {
+class OutputStripAttribute
+    : public Attribute<Derived, boost::shared_ptr<image::OutputStrip>, BaseOutputStripAttribute> {
 public:
   boost::shared_ptr<image::OutputStrip> getStrip() const override { return this->getStorage(); }
 };

@@ -13,8 +13,9 @@
 
 namespace vexo::processor {
 
-/// Text form of the values that attributes store. Command line, archives and documentation all go through it, so that a
-/// new kind of value is stated here once. Without a specialisation a type has no text form (images, strips).
+/// Text form of the values that attributes store. Command line, archives and documentation all go through it,
+/// so that a new kind of value is stated here once. Without a specialisation a type has no text form (images,
+/// strips).
 template <class T, class = void>
 struct ValueText {
   static constexpr bool available = false;
@@ -26,7 +27,9 @@ struct ValueText<T, std::enable_if_t<std::is_arithmetic_v<T> || std::is_same_v<T
   static constexpr bool available = true;
   static std::string typeName() { return ScalarText<T>::typeName(); }
   static std::string toText(const T& value) { return ScalarText<T>::toText(value); }
-  static BoolResult fromText(const std::string& text, T& value) { return ScalarText<T>::fromText(text, value); }
+  static BoolResult fromText(const std::string& text, T& value) {
+    return ScalarText<T>::fromText(text, value);
+  }
 };
 
 /// The names of an enumeration, by value from 0. An enumeration used as an attribute specialises this with
@@ -34,7 +37,8 @@ struct ValueText<T, std::enable_if_t<std::is_arithmetic_v<T> || std::is_same_v<T
 template <class Enum>
 struct EnumNames;
 
-/// An enumeration: a name, or a number. A number without a name is passed on: what it means is the processor's to say.
+/// An enumeration: a name, or a number. A number without a name is passed on: what it means is the
+/// processor's to say.
 template <class T>
 struct ValueText<T, std::enable_if_t<std::is_enum_v<T>>> {
   static constexpr bool available = true;

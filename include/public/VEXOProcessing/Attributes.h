@@ -1,7 +1,7 @@
 #pragma once
 
-// The parameters that filters share. A parameter class is its name, its type and its tool tip; direction and optionality
-// follow from the name.
+// The parameters that filters share. A parameter class is its name, its type and its tool tip; direction and
+// optionality follow from the name.
 
 #include <cstdint>
 

@@ -23,8 +23,8 @@ boost::shared_ptr<P> runCall(const typename As::StorageType&... values) {
   return processor;
 }
 
-/// The asynchronous call: starts the run and returns the processor. Throws only when a value is refused; a failure of
-/// the run is kept by the processor.
+/// The asynchronous call: starts the run and returns the processor. Throws only when a value is refused; a
+/// failure of the run is kept by the processor.
 template <class P, class... As>
 boost::shared_ptr<P> startCall(const typename As::StorageType&... values) {
   const auto processor = prepareCall<P, As...>(values...);

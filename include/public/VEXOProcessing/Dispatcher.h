@@ -4,7 +4,8 @@
 
 namespace vexo::processor {
 
-/// Runs a processor once per piece: makes it, sets the attributes that the splits serve, runs it without rules.
+/// Runs a processor once per piece: makes it, sets the attributes that the splits serve, runs it without
+/// rules.
 class VEXO_API BaseProcessorDispatcher : public core::BaseActionProvider {
 public:
   void runPiece(std::size_t pieceIndex, const core::RunShare& share) override;
@@ -24,7 +25,8 @@ private:
 /// The number of pieces is that of the static splits, which must agree.
 class VEXO_API BaseStaticProcessorDispatcher : public BaseProcessorDispatcher {
 public:
-  void initBase(const core::BasePriority& priority, const std::vector<boost::shared_ptr<BaseStaticSplit>>& splits);
+  void initBase(const core::BasePriority& priority,
+                const std::vector<boost::shared_ptr<BaseStaticSplit>>& splits);
   std::size_t prepare() override { return _pieceCount; }
 
 protected:
@@ -42,7 +44,8 @@ public:
 /// Cuts the axis that the dynamic splits share into strips, by the dispatch policy of the processor class.
 class VEXO_API BaseDynamicProcessorDispatcher : public BaseProcessorDispatcher {
 public:
-  void initBase(const core::BasePriority& priority, const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits);
+  void initBase(const core::BasePriority& priority,
+                const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits);
   std::size_t prepare() override;
 
 protected:
@@ -61,7 +64,8 @@ public:
 };
 
 /// The strips of an axis: as many as the policy allows, of equal length within one.
-VEXO_API image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin, const ProcessorDispatchPolicy& policy);
+VEXO_API image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin,
+                                          const ProcessorDispatchPolicy& policy);
 
 /// Dispatchers in one expression: over the pieces of static splits, and over strips.
 template <class P, class... Splits>

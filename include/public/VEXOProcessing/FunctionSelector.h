@@ -79,9 +79,10 @@ public:
   /// True when the processor offers all the sets.
   static bool isSupported(const InstructionSetsIdentifier& sets);
   void registerFunction(const AlgorithmFunctionIdentifier& identifier);
-  /// The most efficient function for the types whose sets lie within the allowed ones (all when that is empty); its
-  /// function is null when there is none.
-  AlgorithmFunction select(const DataTypeIdentifierColl& types, const InstructionSetsIdentifier& allowed) const;
+  /// The most efficient function for the types whose sets lie within the allowed ones (all when that is
+  /// empty); its function is null when there is none.
+  AlgorithmFunction select(const DataTypeIdentifierColl& types,
+                           const InstructionSetsIdentifier& allowed) const;
   std::size_t getFunctionCount() const;
 
 private:

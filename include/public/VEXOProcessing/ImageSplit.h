@@ -30,12 +30,14 @@ private:
 
 /// One sub-image for each run.
 template <class P, class A>
-class SubImageSplit : public processor::TargetedSplit<processor::BaseStaticSplit, P, A>, public BaseSubImageSplit {
+class SubImageSplit : public processor::TargetedSplit<processor::BaseStaticSplit, P, A>,
+                      public BaseSubImageSplit {
 public:
   using Handle = typename A::StorageType;
   SubImageSplit(const Handle& image, eSubImageSplitType type) {
     initBase(type,
-             type == eSubImageSplitType::Plane2d ? eVolumeParsingType::SliceBySlice : eVolumeParsingType::WholeVolume,
+             type == eSubImageSplitType::Plane2d ? eVolumeParsingType::SliceBySlice
+                                                 : eVolumeParsingType::WholeVolume,
              eColorParsingType::ChannelByChannel, eTemporalParsingType::FrameByFrame, image);
   }
   std::optional<std::size_t> getPieceCount() const override { return getSubImageCount(); }
@@ -84,14 +86,14 @@ private:
   std::vector<typename A::StorageType> _values;
 };
 
-/// Margins of half sizes around the centre, and those that the offsets of a kernel need. Throws when one is larger than
-/// image::maxStripMargin.
+/// Margins of half sizes around the centre, and those that the offsets of a kernel need. Throws when one is
+/// larger than image::maxStripMargin.
 VEXO_API image::StripMargins centredMargins(std::size_t halfX, std::size_t halfY, std::size_t halfZ = 0);
 VEXO_API image::StripMargins kernelMargins(const KernelXY& kernel);
 VEXO_API image::StripMargins kernelMargins(const KernelXYZ& kernel);
 
-/// A strip of the image for each run. Img is const image::BaseImage for an attribute that reads strips, image::BaseImage
-/// for one that writes them.
+/// A strip of the image for each run. Img is const image::BaseImage for an attribute that reads strips,
+/// image::BaseImage for one that writes them.
 template <class P, class Img, class A, image::eStripParsingDirection direction>
 class ImageStripSplit : public processor::TargetedSplit<processor::BaseDynamicSplit, P, A> {
 public:
@@ -112,16 +114,18 @@ public:
     if constexpr (std::is_const_v<Img>)
       if (_allocation == image::eStripAllocationType::OwnBuffer)
         _copies = image::StripMarginCopies::create(
-            image::hostImage(boost::shared_ptr<const image::BaseImage>(_image), "input strip"), direction, bounds,
-            _margins);
+            image::hostImage(boost::shared_ptr<const image::BaseImage>(_image), "input strip"), direction,
+            bounds, _margins);
   }
 
 protected:
   typename A::StorageType getValue(std::size_t i) const override {
     if constexpr (std::is_const_v<Img>)
-      return boost::make_shared<image::InputStrip>(_image, direction, _bounds[i], _bounds[i + 1], _margins, _copies);
+      return boost::make_shared<image::InputStrip>(_image, direction, _bounds[i], _bounds[i + 1], _margins,
+                                                   _copies);
     else
-      return boost::make_shared<image::OutputStrip>(_image, direction, _bounds[i], _bounds[i + 1], _allocation);
+      return boost::make_shared<image::OutputStrip>(_image, direction, _bounds[i], _bounds[i + 1],
+                                                    _allocation);
   }
 
 private:
@@ -132,8 +136,9 @@ private:
   boost::shared_ptr<const image::StripMarginCopies> _copies;
 };
 
-// Strips without margins, and with the margins of a kernel. Kernels load every sample of their strip before they write
-// over it, so an output in place needs no buffer of its own; an input in place does, for its margins.
+// Strips without margins, and with the margins of a kernel. Kernels load every sample of their strip before
+// they write over it, so an output in place needs no buffer of its own; an input in place does, for its
+// margins.
 template <class P, class Img, class A>
 using ImageYStrip2dSplit = ImageStripSplit<P, Img, A, image::eStripParsingDirection::Y>;
 template <class P, class Img, class A>

@@ -26,7 +26,8 @@ public:
     image::ImageGeometry geometry;
     image::eImageBufferType type;
   };
-  ImageOutputInitializer(boost::weak_ptr<BaseImageAttribute> output, boost::weak_ptr<const BaseImageAttribute> input)
+  ImageOutputInitializer(boost::weak_ptr<BaseImageAttribute> output,
+                         boost::weak_ptr<const BaseImageAttribute> input)
       : _output(std::move(output)), _input(std::move(input)) {}
 
   /// Geometry and type that the output will have. Throws when the input is not set.

@@ -21,7 +21,9 @@ public:
   virtual ForcedInstructionSets& accessForcedInstructionSets() = 0;
 
   /// Restricts the kernels of the class, for every instance, to those that need no other than the given sets.
-  void forceInstructionSets(const InstructionSetsIdentifier& sets) { accessForcedInstructionSets().force(sets); }
+  void forceInstructionSets(const InstructionSetsIdentifier& sets) {
+    accessForcedInstructionSets().force(sets);
+  }
   void releaseForcedInstructionSets() { accessForcedInstructionSets().release(); }
   /// Empty when nothing is forced.
   virtual InstructionSetsIdentifier getForcedInstructionSets() const = 0;
@@ -65,7 +67,9 @@ public:
     return sets;
   }
   ForcedInstructionSets& accessForcedInstructionSets() override { return retrieveForcedInstructionSets(); }
-  InstructionSetsIdentifier getForcedInstructionSets() const override { return retrieveForcedInstructionSets().get(); }
+  InstructionSetsIdentifier getForcedInstructionSets() const override {
+    return retrieveForcedInstructionSets().get();
+  }
 
   /// Runs the function of exactly these sample types and this instruction set on a strip.
   template <class TIn, class TOut, eInstructionSet IS>
@@ -85,7 +89,8 @@ struct KernelObject {
   InstructionSetsIdentifier sets;
   const KernelTable& table;
 };
-/// Registers the functions of kernel objects with a third-level class while it exists: those that the processor can run.
+/// Registers the functions of kernel objects with a third-level class while it exists: those that the
+/// processor can run.
 class VEXO_API KernelRegistrator {
 public:
   KernelRegistrator(AlgorithmFunctionSelector& selector, const std::vector<KernelObject>& objects);

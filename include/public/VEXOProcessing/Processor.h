@@ -16,9 +16,9 @@ namespace vexo::processor {
 
 enum class eProcessorRulePolicy { WithRules = 0, WithoutRules = 1 };
 
-/// How the strips of a third-level class are cut: each has at least `minStripLength` positions on the axis of the cut, and
-/// at least `lengthPerMargin` times the kernel margin, so that few positions are read twice. Nothing else decides the
-/// cut, so that results do not depend on the number of threads.
+/// How the strips of a third-level class are cut: each has at least `minStripLength` positions on the axis of
+/// the cut, and at least `lengthPerMargin` times the kernel margin, so that few positions are read twice.
+/// Nothing else decides the cut, so that results do not depend on the number of threads.
 struct ProcessorDispatchPolicy {
   std::size_t minStripLength = 64;
   std::size_t lengthPerMargin = 8;
@@ -26,8 +26,9 @@ struct ProcessorDispatchPolicy {
 
 /// A filter, or a step of one: an object with typed attributes that can be checked and run.
 ///
-/// Life: made empty; init() creates attributes and rules; set<A>() gives values; run() checks, creates missing outputs and
-/// computes; getStorage<A>() reads the results. It may be run again with other values. One caller at a time.
+/// Life: made empty; init() creates attributes and rules; set<A>() gives values; run() checks, creates
+/// missing outputs and computes; getStorage<A>() reads the results. It may be run again with other values.
+/// One caller at a time.
 class VEXO_API BaseProcessor : public core::BaseAction, public BaseDynamicObject {
 public:
   ~BaseProcessor() override;
@@ -46,15 +47,17 @@ public:
   /// Null when there is none of that name.
   boost::shared_ptr<BaseAttribute> findAttribute(const std::string& name) const;
 
-  /// Throws, and leaves the old value, when the processor has no such attribute, when it is running, or when the attribute
-  /// refuses the value (a null handle, a number out of range).
+  /// Throws, and leaves the old value, when the processor has no such attribute, when it is running, or when
+  /// the attribute refuses the value (a null handle, a number out of range).
   template <class A>
   void set(const typename A::StorageType& value) {
     const boost::shared_ptr<A> attribute = accessAttribute<A>();
     checkNotRunning();
     attribute->setStorage(value);
+    forgetCreation(*attribute);
   }
-  /// The value or the default; a null handle when there is neither. Throws when the processor has no such attribute.
+  /// The value or the default; a null handle when there is neither. Throws when the processor has no such
+  /// attribute.
   template <class A>
   typename A::StorageType getStorage() const {
     return accessAttribute<A>()->getStorage();
@@ -66,19 +69,21 @@ public:
     raiseNoSuchAttribute(A::info().name);
   }
 
-  /// What a run checks before it starts: mandatory inputs are set, no output overlaps an input in memory (but may be the
-  /// same image), the rule holds. Throws the reason. Outputs that the run before created are dropped first: the next run
-  /// creates its own.
+  /// What a run checks before it starts: mandatory inputs are set, no output overlaps an input in memory (but
+  /// may be the same image), the rule holds. Throws the reason. Outputs that the run before created are
+  /// dropped first: the next run creates its own.
   void checkCall();
-  /// Geometry and type of the output image of that name, given or to be created; throws when it cannot be told yet.
+  /// Geometry and type of the output image of that name, given or to be created; throws when it cannot be
+  /// told yet.
   ImageOutputInitializer::Description describeOutput(const BaseImageAttribute& output) const;
 
   /// Attribute values and settings of a processor of the same class. False when it is of another.
   BoolResult copy(const BaseDynamicObject& other) override;
   bool hasCopySupport() const override { return true; }
 
-  /// Serial form: a section named by the class with "version" and the attributes that are set. Reading refuses a greater
-  /// version with false, anything else that is wrong with an UnHandleException; either way the object stays as it was.
+  /// Serial form: a section named by the class with "version" and the attributes that are set, but for
+  /// created outputs. Reading refuses a greater version with false, anything else that is wrong with an
+  /// UnHandleException; either way the object stays as it was.
   virtual void write(BaseOArchive& archive) const;
   virtual BoolResult read(BaseIArchive& archive);
 
@@ -104,6 +109,9 @@ protected:
 private:
   void checkNotRunning() const;
   [[noreturn]] void raiseNoSuchAttribute(const std::string& attributeName) const;
+  void checkOverlaps() const;
+  void forgetCreation(const BaseAttribute& attribute);
+  BoolResult copyValues(const BaseProcessor& other);
   bool isCreated(const BaseAttribute& attribute) const;
   void createMissingOutputs();
   void dropCreatedOutputs();
@@ -116,18 +124,20 @@ private:
   ProcessorDispatchPolicy _dispatchPolicy;
   RulePtr _rule;
   /// Outputs that the last run created, not the caller, with what it created.
-  std::vector<std::pair<boost::shared_ptr<BaseAttribute>, boost::shared_ptr<const image::BaseImage>>> _createdOutputs;
-  AttributeColl _emptyWork;       ///< work images that were not set when the run began
+  std::vector<std::pair<boost::shared_ptr<BaseAttribute>, boost::shared_ptr<const image::BaseImage>>>
+      _createdOutputs;
+  AttributeColl _emptyWork;  ///< work images that were not set when the run began
 };
 
 /// Runs and waits; throws whatever made the run fail.
 VEXO_API void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor);
 
 /// A processor as the single action of a provider.
-VEXO_API boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(boost::shared_ptr<BaseProcessor> processor);
+VEXO_API boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(
+    boost::shared_ptr<BaseProcessor> processor);
 
-/// Processors that delegate to one provider, or to two or three that run one after the other. A provider that stays null
-/// has nothing to do.
+/// Processors that delegate to one provider, or to two or three that run one after the other. A provider that
+/// stays null has nothing to do.
 class VEXO_API BaseAsync1Processor : public BaseProcessor {
 protected:
   virtual BoolResult retrieveProvider(const core::BasePriority& priority,
@@ -151,7 +161,8 @@ protected:
   void process(const core::RunShare& share) override;
 };
 
-/// A processor whose provider is retrieved again for each repetition, which may look at what the ones before have done.
+/// A processor whose provider is retrieved again for each repetition, which may look at what the ones before
+/// have done.
 class VEXO_API BaseRepeatedAsync1Processor : public BaseProcessor {
 protected:
   /// Asked when the run starts.

@@ -10,8 +10,8 @@ namespace vexo::processor {
 ///
 ///   class Despeckle final : public ProcessorClass<Despeckle, BaseAsync1Processor> {
 ///   public:
-///     using Attributes = AttributeList<attr::InImg, attr::OutImg>;        // parameters, in declaration order
-///     static constexpr auto toolTipId = eProcessorMessage::Despeckle;      // entry of a message table
+///     using Attributes = AttributeList<attr::InImg, attr::OutImg>;        // parameters, in declaration
+///     order static constexpr auto toolTipId = eProcessorMessage::Despeckle;      // entry of a message table
 ///     static constexpr std::uint32_t version = 2;                          // when it is not 1
 ///     static ProcessorDispatchPolicy getDefaultDispatchPolicy();           // when it is not the usual one
 ///   private:

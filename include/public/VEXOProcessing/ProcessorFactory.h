@@ -18,7 +18,8 @@ public:
 
   template <class T>
   static void registerProcessor() {
-    registerProcessor(T::getTypeName(), {DynamicRegistrator<T>::newCreatorFcn(), DynamicRegistrator<T>::sharedCreatorFcn()});
+    registerProcessor(T::getTypeName(),
+                      {DynamicRegistrator<T>::newCreatorFcn(), DynamicRegistrator<T>::sharedCreatorFcn()});
   }
   static void registerProcessor(const std::string& typeName, const ProcessorInfo& info);
   static void unRegisterProcessor(const std::string& typeName);

@@ -33,7 +33,8 @@ VEXO_API RulePtr If(const RulePtr& condition, const RulePtr& then, const RulePtr
 /// Holds when the (optional) attribute is set.
 class VEXO_API RuleOptionalIsSet : public BaseRule {
 public:
-  explicit RuleOptionalIsSet(boost::weak_ptr<const BaseAttribute> attribute) : _attribute(std::move(attribute)) {}
+  explicit RuleOptionalIsSet(boost::weak_ptr<const BaseAttribute> attribute)
+      : _attribute(std::move(attribute)) {}
   BoolResult check() const override;
 
 private:
@@ -44,12 +45,13 @@ private:
 
 namespace vexo::imaproc {
 
-/// The images agree in all five sizes (and in the sample type). An image that is not set agrees with any: a missing
-/// output will be created to fit.
+/// The images agree in all five sizes (and in the sample type). An image that is not set agrees with any: a
+/// missing output will be created to fit.
 VEXO_API processor::RulePtr matchSize(const boost::weak_ptr<const processor::BaseImageAttribute>& first,
                                       const boost::weak_ptr<const processor::BaseImageAttribute>& second);
-VEXO_API processor::RulePtr matchSizeAndType(const boost::weak_ptr<const processor::BaseImageAttribute>& first,
-                                             const boost::weak_ptr<const processor::BaseImageAttribute>& second);
+VEXO_API processor::RulePtr matchSizeAndType(
+    const boost::weak_ptr<const processor::BaseImageAttribute>& first,
+    const boost::weak_ptr<const processor::BaseImageAttribute>& second);
 
 /// True when both are set and are the same image buffer: the processor works in place.
 VEXO_API bool isInSitu(const boost::shared_ptr<const processor::BaseImageAttribute>& input,

@@ -104,7 +104,8 @@ template <class P, class A>
 class DynamicByCreationResultSplit : public TargetedSplit<BaseDynamicSplit, P, A> {
 public:
   using CreationFunction = std::function<typename A::StorageType(std::size_t pieceIndex)>;
-  explicit DynamicByCreationResultSplit(CreationFunction create = defaultDynamicByCreationResultSplitCreationFun<A>)
+  explicit DynamicByCreationResultSplit(
+      CreationFunction create = defaultDynamicByCreationResultSplitCreationFun<A>)
       : _create(std::move(create)) {}
 
 protected:

@@ -187,10 +187,11 @@ TEST(MeanSmoothing2d, NanSpreadsToTheRightAndBelowOnly) {
     const ForcedSets forced(kernelClass, sets);
     const ImagePtr out = smooth(in, 2, 3, eImageBufferType::Real32);
     forEachSample(out->getGeometry(), [&](auto x, auto y, auto, auto, auto) {
-      if (x < 28 || y < 17)
+      if (x < 28 || y < 17) {
         EXPECT_EQ(getSample(*out, x, y), getSample(*clean, x, y)) << x << " " << y;
-      else if (x <= 32 && y <= 23)
+      } else if (x <= 32 && y <= 23) {
         EXPECT_TRUE(std::isnan(getSample(*out, x, y))) << x << " " << y;
+      }
     });
   }
 }

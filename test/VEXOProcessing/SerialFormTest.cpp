@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include "VEXOProcessing/TestProcessors.h"
+#include "VEXOSerialization/JsonArchive.h"
+
+namespace {
+
+using namespace vexo;
+using namespace vexo::processor;
+using namespace vexo::test;
+namespace attr = vexo::test::attr;
+
+std::string textOf(const BaseProcessor& p) {
+  JsonOArchive archive;
+  p.write(archive);
+  return archive.getText();
+}
+BoolResult readFrom(BaseProcessor& p, const std::string& text) {
+  JsonIArchive archive(text);
+  return p.read(archive);
+}
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  const auto at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+TEST(SerialForm, ReadsBackEqual) {
+  const auto from = makeEveryKind({4, 3, 2, 2, 2});
+  from->set<attr::InBorder>(image::constantBorder2d(-0.1));
+  from->set<attr::InOptLimit>(INFINITY);
+  const auto& in = image::hostImage(from->getStorage<attr::InImg>(), "in");
+  const auto row = in.getStrides().y;
+  from->set<attr::InOptMask>(
+      image::Image::wrapConst(in.getRow(2), {3, 3}, image::eImageBufferType::UInt16, {-row}));
+  const std::string text = textOf(*from);
+  // One that is new, and one with values of its own, of which those that the text lacks must go.
+  for (const bool used : {false, true}) {
+    const auto to = used ? makeEveryKind() : EveryKind::createProcessor();
+    if (used) to->set<attr::InOptScale>(9);
+    const BoolResult result = readFrom(*to, text);
+    ASSERT_TRUE(result) << result.getMessage();
+    EXPECT_EQ(textOf(*to), text);
+    EXPECT_EQ(to->getStorage<attr::InCount>(), 4294967295u);
+    EXPECT_EQ(to->getStorage<attr::InFactor>(), 0.5f);
+    EXPECT_EQ(to->getStorage<attr::InPrecise>(), 1.0 / 3);
+    EXPECT_EQ(to->getStorage<attr::InLabel>(), from->getStorage<attr::InLabel>());
+    EXPECT_EQ(to->getStorage<attr::InShade>(), eShade::Bright);
+    EXPECT_TRUE(*to->getStorage<attr::InKnl>() == *from->getStorage<attr::InKnl>());
+    EXPECT_TRUE(*to->getStorage<attr::InBorder>() == *from->getStorage<attr::InBorder>());
+    EXPECT_EQ(to->getStorage<attr::InRange>()->least.getValue(), 0.3f);
+    EXPECT_FALSE(to->findAttribute("InOptScale")->isSet());
+    EXPECT_EQ(to->getStorage<attr::InOptLimit>(), INFINITY);
+    for (const char* name : {"InImg", "InOptMask", "InOutImg"}) {
+      const auto imageOf = [&](EveryKind& p) {
+        return dynamic_cast<const BaseImageAttribute&>(*p.findAttribute(name)).getImage();
+      };
+      EXPECT_EQ(imageOf(*to)->getBufferType(), imageOf(*from)->getBufferType());
+      EXPECT_TRUE(sameSamples(image::hostImage(imageOf(*to), name), image::hostImage(imageOf(*from), name)));
+    }
+    executeSyncRun(to);
+  }
+}
+
+TEST(SerialForm, SettingsThatTheTextDoesNotHoldStay) {
+  const auto p = makeEveryKind();
+  p->setThreadLimit(3);
+  p->setPriority(core::ePriority::Low);
+  ASSERT_TRUE(readFrom(*p, textOf(*makeEveryKind())));
+  EXPECT_EQ(p->getThreadLimit(), 3u);
+  EXPECT_EQ(p->getPriority().getLevel(), core::ePriority::Low);
+}
+
+TEST(SerialForm, OlderVersionsAreReadNewerOnesRefused) {
+  const auto p = makeEveryKind();
+  const std::string text = textOf(*p), before = text;
+  JsonIArchive older(replaced(text, "\"version\": 2", "\"version\": 1"));
+  ASSERT_TRUE(p->read(older));
+  EXPECT_EQ(older.getClassVersion(EveryKind::getTypeName()), 1u);
+  const BoolResult newer = readFrom(*p, replaced(text, "\"version\": 2", "\"version\": 45"));
+  EXPECT_FALSE(newer);
+  EXPECT_TRUE(has(newer.getMessage(), "45") && has(newer.getMessage(), " 2")) << newer.getMessage();
+  EXPECT_EQ(textOf(*p), before);
+}
+
+TEST(SerialForm, TruncatedTextIsRefused) {
+  const auto p = makeEveryKind();
+  const std::string text = textOf(*p);
+  const std::size_t end = text.find_last_of('}');
+  for (std::size_t length = 0; length <= end; ++length) {
+    EXPECT_THROW(readFrom(*p, text.substr(0, length)), UnHandleException) << length;
+  }
+  EXPECT_EQ(textOf(*p), text);
+}
+
+TEST(SerialForm, IllTypedTextIsRefused) {
+  const auto p = makeEveryKind();
+  const std::string text = textOf(*p);
+  const std::pair<const char*, const char*> changes[] = {
+      {"\"version\": 2", "\"version\": \"2\""},
+      {"\"version\": 2", "\"version\": -1"},
+      {"\"version\": 2", "\"verzion\": 2"},
+      {"vexo::test::EveryKind", "vexo::test::Steps1"},
+      {"\"InFlag\": true", "\"InFlag\": 1"},
+      {"\"InCount\": 4294967295", "\"InCount\": 4294967296"},
+      {"\"InCount\": 4294967295", "\"InCount\": 13"},
+      {"\"InOffset\": -2147483648", "\"InOffset\": -2147483649"},
+      {"\"InFactor\": 0.5", "\"InFactor\": null"},
+      {"\"InFactor\": 0.5", "\"InFactor\": 1e50"},
+      {"\"InFactor\": 0.5", "\"InFactor\": {}"},
+      {"\"InShade\": \"bright\"", "\"InShade\": \"pink\""},
+      {"\"InShade\": \"bright\"", "\"InShade\": 2.5"},
+      {"Least=0.3", "Leest=0.3"},
+      {"-2,1,0.1", "-2,1"},
+      {"\"int16\"", "\"int17\""},
+      {"\"x\": 5", "\"x\": 0"},
+      {"\"x\": 5", "\"x\": 6"},
+      {"\"x\": 5", "\"x\": -5"},
+      {"\"x\": 5", "\"x\": 9223372036854775807"},
+      {"\"x\": 5", "\"x\": 4611686018427387909"},  // times 4 wraps around to what fits
+      {"\"y\": 4", "\"z\": 4"},
+      {"\"samples\": \"", "\"samples\": \"*"},
+      {"\"samples\": \"", "\"samples\": \"AAAA"}};
+  for (const auto& [from, to] : changes) {
+    EXPECT_THROW(readFrom(*p, replaced(text, from, to)), UnHandleException) << to;
+    EXPECT_EQ(textOf(*p), text) << to;
+  }
+  for (const char* foreign :
+       {"", "x", "[]", "{}", "null", "\"vexo::test::EveryKind\"", "{\"vexo::test::EveryKind\": 3}",
+        "{\"vexo::test::EveryKind\": {}}", "<xml/>", "\xff\xfe"}) {
+    EXPECT_THROW(readFrom(*p, foreign), UnHandleException) << foreign;
+    EXPECT_EQ(textOf(*p), text) << foreign;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,191 @@
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "VEXOImage/CudaImage.h"
+#include "VEXOProcessing/TestProcessors.h"
+
+namespace {
+
+using namespace vexo;
+using namespace vexo::processor;
+using namespace vexo::imaproc;
+using namespace vexo::test;
+namespace attr = vexo::test::attr;
+using image::ImageGeometry;
+using Target = EveryKind;
+
+/// The image that a split hands to one piece.
+template <class A, class Split>
+boost::shared_ptr<const image::Image> pieceOf(const Split& split, std::size_t index) {
+  const auto p = makeReady<Target>();
+  split.setPiece(*p, index);
+  return boost::dynamic_pointer_cast<const image::Image>(p->getStorage<A>());
+}
+
+TEST(SubImageSplit, GoesThroughPlanesAndVolumesInOrder) {
+  const ImageGeometry g{3, 2, 4, 3, 2};
+  const auto image = makeRandom(g, image::eImageBufferType::UInt8, 1);
+  const auto planes = planeSplit<Target, attr::InImg>(image);
+  const auto volumes = volumeSplit<Target, attr::InOutImg>(image);
+  ASSERT_EQ(planes->getPieceCount(), 24u);
+  ASSERT_EQ(volumes->getPieceCount(), 6u);
+  std::size_t plane = 0, volume = 0;
+  for (std::size_t t = 0; t < g.t; ++t)
+    for (std::size_t c = 0; c < g.c; ++c) {
+      const auto whole = pieceOf<attr::InOutImg>(*volumes, volume++);
+      EXPECT_EQ(whole->getGeometry(), (ImageGeometry{3, 2, 4, 1, 1}));
+      EXPECT_EQ(whole->getRow(0), image->getRow(0, 0, c, t));
+      for (std::size_t z = 0; z < g.z; ++z) {
+        const auto one = pieceOf<attr::InImg>(*planes, plane++);
+        EXPECT_EQ(one->getGeometry(), (ImageGeometry{3, 2, 1, 1, 1}));
+        EXPECT_EQ(one->getRow(0), image->getRow(0, z, c, t));
+      }
+    }
+  EXPECT_STREQ(planes->getAttributeToolTip(), attr::InImg::toolTip);
+  messageOf([] { planeSplit<Target, attr::InImg>({}); });
+}
+
+TEST(SubImageSplit, PiecesAndParsingMustFit) {
+  const auto image = image::Image::create({3, 2, 4}, image::eImageBufferType::UInt8);
+  BaseSubImageSplit split;
+  const auto init = [&](eSubImageSplitType type, eVolumeParsingType volume) {
+    return split.initBase(type, volume, eColorParsingType::ChannelByChannel,
+                          eTemporalParsingType::FrameByFrame, image);
+  };
+  EXPECT_FALSE(init(eSubImageSplitType::Plane2d, eVolumeParsingType::WholeVolume));
+  EXPECT_FALSE(init(eSubImageSplitType::Volume3d, eVolumeParsingType::SliceBySlice));
+  EXPECT_TRUE(init(eSubImageSplitType::Plane2d, eVolumeParsingType::SliceBySlice));
+}
+
+TEST(CudaSubImageSplit, WantsAnImageOnTheGpu) {
+  using Split = CudaSubImageSplit<Target, attr::InImg>;
+  const auto host = image::Image::create({3, 2}, image::eImageBufferType::UInt8);
+  EXPECT_TRUE(has(messageOf([&] { Split(host, eSubImageSplitType::Plane2d); }), "InImg"));
+  EXPECT_TRUE(has(messageOf([&] { Split({}, eSubImageSplitType::Plane2d); }), "GPU"));
+}
+
+TEST(ImageStripSplit, WantsAnImageInHostMemory) {
+  using Split = ImageYStrip2dSplit<WindowSumYLvl3, image::BaseImage, attr::OutStrip>;
+  EXPECT_TRUE(has(messageOf([] { Split({}, image::eStripAllocationType::View); }), "OutStrip"));
+}
+
+TEST(Split, EachKindGivesThePieceItsValue) {
+  const auto p = makeReady<Target>();
+  const PlanIndexedSplit<Target, attr::InOffset> indexed({5, -6, 7});
+  EXPECT_EQ(indexed.getPieceCount(), 3u);
+  indexed.setPiece(*p, 1);
+  EXPECT_EQ(p->getStorage<attr::InOffset>(), -6);
+  EXPECT_THROW(indexed.setPiece(*p, 3), std::exception);
+  const auto fixed = staticNoSplit<Target, attr::InFactor>(2.5f);
+  EXPECT_EQ(fixed->getPieceCount(), std::nullopt);
+  fixed->setPiece(*p, 99);
+  EXPECT_EQ(p->getStorage<attr::InFactor>(), 2.5f);
+  const auto dynamic = dynamicNoSplit<Target, attr::InLabel>("same");
+  EXPECT_FALSE(dynamic->getAxis());
+  dynamic->setPiece(*p, 99);
+  EXPECT_EQ(p->getStorage<attr::InLabel>(), "same");
+  // A fresh object for each piece, so that pieces do not share what they write.
+  const DynamicByCreationResultSplit<Target, attr::InRange> created;
+  created.setPiece(*p, 0);
+  const auto first = p->getStorage<attr::InRange>();
+  created.setPiece(*p, 1);
+  EXPECT_NE(p->getStorage<attr::InRange>(), first);
+  const DynamicByCreationResultSplit<Target, attr::InCount> counted(
+      [](std::size_t i) { return unsigned(i * 10); });
+  counted.setPiece(*p, 4);
+  EXPECT_EQ(p->getStorage<attr::InCount>(), 40u);
+}
+
+TEST(Split, OtherProcessorsAreRefused) {
+  const auto split = staticNoSplit<Steps1, attr::InOptMask>({});
+  EXPECT_TRUE(split->checkProcessorType(*makeReady<Steps1>()));
+  EXPECT_TRUE(has(split->checkProcessorType(*makeReady<Steps2>()).getMessage(), "Steps2"));
+  EXPECT_TRUE(has(messageOf([&] { dispatchPieces<Steps2>(core::BasePriority(), split); }), "Steps2"));
+  const auto strips = dynamicNoSplit<WindowSumXLvl3, attr::InBorder>(image::mirorBorder2d());
+  EXPECT_TRUE(has(messageOf([&] { dispatchStrips<WindowSumYLvl3>(core::BasePriority(), strips); }),
+                  "WindowSumYLvl3"));
+}
+
+TEST(Dispatcher, PieceCountsMustAgree) {
+  const auto image = image::Image::create({3, 2, 4, 3}, image::eImageBufferType::UInt8);
+  const auto planes = planeSplit<Target, attr::InImg>(image);
+  const auto offsets = [](std::size_t n) {
+    return boost::make_shared<PlanIndexedSplit<Target, attr::InOffset>>(std::vector<std::int32_t>(n, 1));
+  };
+  const auto same = staticNoSplit<Target, attr::InFactor>(1);
+  EXPECT_EQ(dispatchPieces<Target>(core::BasePriority(), same, planes, offsets(12))->prepare(), 12u);
+  EXPECT_EQ(dispatchPieces<Target>(core::BasePriority(), same)->prepare(), 1u);
+  for (const std::size_t n : {0, 1, 11, 13}) {
+    const std::string why =
+        messageOf([&] { dispatchPieces<Target>(core::BasePriority(), same, planes, offsets(n)); });
+    EXPECT_TRUE(has(why, "12") && has(why, std::to_string(n)) && has(why, "InOffset")) << why;
+  }
+}
+
+TEST(Dispatcher, StripsMustBeCutAlongOneAxisOfOneLength) {
+  using Next = WindowSumYLvl3;
+  using In = ImageYStrip2dSplit<Next, const image::BaseImage, attr::InKnlStrip>;
+  const auto view = image::eStripAllocationType::View;
+  const auto make = [](std::size_t x, std::size_t y) {
+    return image::Image::create({x, y}, image::eImageBufferType::UInt8);
+  };
+  const auto split = boost::make_shared<In>(make(20, 20), view, centredMargins(0, 5));
+  const auto same =
+      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutStrip>>(make(7, 20), view);
+  const auto shorter =
+      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutStrip>>(make(20, 19), view);
+  const auto across =
+      boost::make_shared<ImageXStrip2dSplit<Next, image::BaseImage, attr::OutStrip>>(make(20, 20), view);
+  // Two margins are the shortest strip, whichever split comes first.
+  EXPECT_EQ(dispatchStrips<Next>(core::BasePriority(), split, same)->prepare(), 2u);
+  EXPECT_EQ(dispatchStrips<Next>(core::BasePriority(), same, split)->prepare(), 2u);
+  messageOf([&] { dispatchStrips<Next>(core::BasePriority(), split, shorter)->prepare(); });
+  messageOf([&] { dispatchStrips<Next>(core::BasePriority(), split, across)->prepare(); });
+}
+
+TEST(CutIntoStrips, CoversAllAndNeverBelowTheShortestLength) {
+  for (std::size_t length = 1; length < 300; ++length)
+    for (const std::size_t margin : {0, 1, 3, 40})
+      for (const ProcessorDispatchPolicy policy : {ProcessorDispatchPolicy{1, 0}, {5, 2}, {64, 8}, {0, 0}}) {
+        const image::StripBounds bounds = cutIntoStrips(length, margin, policy);
+        ASSERT_GE(bounds.size(), 2u);
+        ASSERT_EQ(bounds.front(), 0u);
+        ASSERT_EQ(bounds.back(), length);
+        std::size_t least = length, most = 0;
+        for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
+          ASSERT_LT(bounds[i], bounds[i + 1]);
+          least = std::min(least, bounds[i + 1] - bounds[i]);
+          most = std::max(most, bounds[i + 1] - bounds[i]);
+        }
+        ASSERT_LE(most - least, 1u);
+        const std::size_t shortest = std::max(policy.minStripLength, margin * policy.lengthPerMargin);
+        if (bounds.size() > 2) {
+          ASSERT_GE(least, shortest);
+        }
+        // One strip more would be too many.
+        ASSERT_LT(length / bounds.size(), std::max<std::size_t>(shortest, 1)) << length << " " << margin;
+      }
+}
+
+TEST(KernelMargins, AreTheReachOfTheOffsets) {
+  KernelXYZ kernel;
+  const auto empty = kernelMargins(kernel);
+  kernel.insert({-2, 5, 1}, 1);
+  kernel.insert({-1, 7, 3}, 1);
+  const auto m = kernelMargins(kernel);
+  const std::size_t before[] = {2, 0, 0}, after[] = {0, 7, 3};
+  for (int axis = 0; axis < 3; ++axis) {
+    EXPECT_EQ(m.before[axis], before[axis]);
+    EXPECT_EQ(m.after[axis], after[axis]);
+    EXPECT_EQ(empty.before[axis] + empty.after[axis], 0u);
+  }
+  KernelXY flat;
+  flat.insert({0, -32767}, 1);
+  EXPECT_EQ(kernelMargins(flat).before[1], 32767u);
+  flat.insert({0, -32768}, 1);
+  EXPECT_TRUE(has(messageOf([&] { kernelMargins(flat); }), "32768"));
+  EXPECT_TRUE(has(messageOf([] { centredMargins(1, 2, 40000); }), "40000"));
+}
+
+}  // namespace
