@@ -224,12 +224,19 @@ void printTable(MedianReporter& medians) {
         std::printf("- | - | ");
       std::printf("%.2f | %.2f |\n", ours / copy, one / ours);
     }
-  std::printf(
-      "\nmemcpy of 4096 x 4096 float32, 1 thread / 2 threads: %.2f\n",
-      medians.median("mean, half 5/float32/1/memcpy") / medians.median("mean, half 5/float32/2/memcpy"));
-  std::printf("a call on a 16 x 16 image: %.1f microseconds\n", 1e3 * medians.median(smallCall));
-  std::printf("a call that creates its 4096 x 4096 float32 output / one that is given it: %.2f\n",
-              medians.median(createdOutput) / medians.median(givenOutput));
+  const auto printRatio = [&](const char* what, const std::string& above, const std::string& below) {
+    const double first = medians.median(above), second = medians.median(below);
+    if (first > 0 && second > 0) std::printf("%s: %.2f\n", what, first / second);
+  };
+  std::printf("\n");
+  printRatio("memcpy of 4096 x 4096 float32, 1 thread / 2 threads", "mean, half 5/float32/1/memcpy",
+             "mean, half 5/float32/2/memcpy");
+  printRatio("mean uint8, half 25 / half 1", "mean, half 25/uint8/1/ours", "mean, half 1/uint8/1/ours");
+  printRatio("mean float32, half 25 / half 1", "mean, half 25/float32/1/ours", "mean, half 1/float32/1/ours");
+  printRatio("a call that creates its 4096 x 4096 float32 output / one that is given it", createdOutput,
+             givenOutput);
+  if (const double small = medians.median(smallCall); small > 0)
+    std::printf("a call on a 16 x 16 image: %.1f microseconds\n", 1e3 * small);
 }
 
 }  // namespace
