@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "VEXOMath/Kernel.h"
 #include "VEXOProcessing/Attribute.h"
 
 namespace vexo::imaproc::attr {
@@ -17,6 +18,20 @@ public:
 class OutImg : public processor::OutputImageAttribute<OutImg> {
 public:
   static constexpr char toolTip[] = "Result; created when not given";
+};
+class InImg3d : public processor::InputImageAttribute<InImg3d> {
+public:
+  static constexpr char toolTip[] = "Image to process; each of its volumes is processed on its own";
+};
+class InMaskImg : public processor::InputImageAttribute<InMaskImg> {
+public:
+  static constexpr char toolTip[] =
+      "8-bit mask of the same size: only samples whose mask is not 0 are processed";
+};
+class InBinImg3d : public processor::InputImageAttribute<InBinImg3d> {
+public:
+  static constexpr char toolTip[] =
+      "8-bit mask of the same size: only samples whose mask is not 0 are processed";
 };
 class OutOptWk1RealGpuImg : public processor::OutputImageAttribute<OutOptWk1RealGpuImg> {
 public:
@@ -46,13 +61,123 @@ public:
   static constexpr char toolTip[] = "Half size of the kernel along Z: it spans 2 * value + 1 slices";
 };
 
+/// Convolution.
+class InKnlXY : public processor::Attribute<InKnlXY, boost::shared_ptr<const KernelXY>> {
+public:
+  static constexpr char toolTip[] = "Kernel: offsets in pixels with their weights";
+};
+class InKnlXYZ : public processor::Attribute<InKnlXYZ, boost::shared_ptr<const KernelXYZ>> {
+public:
+  static constexpr char toolTip[] = "Kernel: offsets in voxels with their weights";
+};
+class InNormalize : public processor::Attribute<InNormalize, bool> {
+public:
+  static constexpr char toolTip[] = "Divide by the sum of the weights, unless that is nearly 0";
+};
+class InConvolBorder2d
+    : public processor::Attribute<InConvolBorder2d, boost::shared_ptr<const image::Border2dPolicy>> {
+public:
+  static constexpr char toolTip[] = "How pixels outside the image are obtained";
+};
+class InConvolBorder3d
+    : public processor::Attribute<InConvolBorder3d, boost::shared_ptr<const image::Border3dPolicy>> {
+public:
+  static constexpr char toolTip[] = "How voxels outside the image are obtained";
+};
+class InOptConvolBorder2d
+    : public processor::Attribute<InOptConvolBorder2d, boost::shared_ptr<const image::Border2dPolicy>> {
+public:
+  static constexpr char toolTip[] = "How pixels outside the image are obtained";
+  static StorageType defaultValue() { return image::mirorBorder2d(); }
+};
+class InOptConvolBorder3d
+    : public processor::Attribute<InOptConvolBorder3d, boost::shared_ptr<const image::Border3dPolicy>> {
+public:
+  static constexpr char toolTip[] = "How voxels outside the image are obtained";
+  static StorageType defaultValue() { return image::mirorBorder3d(); }
+};
+
+/// Gaussian smoothing: standard deviations in samples. The kernel builder refuses a negative one and one that
+/// is not finite.
+class InStdDevX : public processor::Attribute<InStdDevX, float> {
+public:
+  static constexpr char toolTip[] = "Standard deviation along X, in pixels; 0 leaves this axis as it is";
+};
+class InStdDevY : public processor::Attribute<InStdDevY, float> {
+public:
+  static constexpr char toolTip[] = "Standard deviation along Y, in pixels; 0 leaves this axis as it is";
+};
+class InStdDevZ : public processor::Attribute<InStdDevZ, float> {
+public:
+  static constexpr char toolTip[] = "Standard deviation along Z, in slices; 0 leaves this axis as it is";
+};
+
+/// How much of a Gaussian its kernel covers.
+class GaussianCoverage : public BaseDataItemNode {
+public:
+  GaussianCoverage(float coverageValue = 0.997f, std::uint32_t maxHalf = 0)
+      : BaseDataItemNode("GaussianCoverage", "How much of a Gaussian its kernel covers") {
+    add(coverage);
+    add(maxHalfKnlSize);
+    coverage.setValue(coverageValue);
+    maxHalfKnlSize.setValue(maxHalf);
+  }
+  /// In ]0, 1[.
+  DataItemLeaf<float> coverage{"coverage",
+                               "Part of the area under the Gaussian that the kernel covers, in ]0, 1["};
+  DataItemLeaf<std::uint32_t> maxHalfKnlSize{"maxHalfKnlSize",
+                                             "Largest half size of the kernel; 0 sets no limit"};
+};
+class InOptSmoothingGaussianCoverage
+    : public processor::Attribute<InOptSmoothingGaussianCoverage, boost::shared_ptr<const GaussianCoverage>> {
+public:
+  static constexpr char toolTip[] = "How much of the Gaussian the kernel covers";
+  static StorageType defaultValue() {
+    static const auto item = boost::make_shared<const GaussianCoverage>();
+    return item;
+  }
+};
+
 /// Pieces handed to second-level processors.
 class InSubImg2d : public processor::InputImageAttribute<InSubImg2d> {
 public:
   static constexpr char toolTip[] = "One plane of the image to process";
 };
 
+class InSubImg3d : public processor::InputImageAttribute<InSubImg3d> {
+public:
+  static constexpr char toolTip[] = "One volume of the image to process";
+};
+class InSubMaskImg2d : public processor::InputImageAttribute<InSubMaskImg2d> {
+public:
+  static constexpr char toolTip[] = "One plane of the mask";
+};
+class InSubBinImg3d : public processor::InputImageAttribute<InSubBinImg3d> {
+public:
+  static constexpr char toolTip[] = "One volume of the mask";
+};
+class InSubGpuImg : public processor::InputImageAttribute<InSubGpuImg> {
+public:
+  static constexpr char toolTip[] = "One plane or volume to process, on the GPU";
+};
+
 /// Pieces handed to third-level processors.
+class InKnlZStrip3d : public processor::InputStripAttribute<InKnlZStrip3d> {
+public:
+  static constexpr char toolTip[] = "Band of slices to process, with kernel margins";
+};
+class OutZStrip3d : public processor::OutputStripAttribute<OutZStrip3d> {
+public:
+  static constexpr char toolTip[] = "Band of slices that receives the result";
+};
+class InBinKnlYStrip2d : public processor::InputStripAttribute<InBinKnlYStrip2d> {
+public:
+  static constexpr char toolTip[] = "Band of rows of the mask, with kernel margins";
+};
+class InBinKnlZStrip3d : public processor::InputStripAttribute<InBinKnlZStrip3d> {
+public:
+  static constexpr char toolTip[] = "Band of slices of the mask, with kernel margins";
+};
 class InKnlYStrip2d : public processor::InputStripAttribute<InKnlYStrip2d> {
 public:
   static constexpr char toolTip[] = "Band of rows to process, with kernel margins";

@@ -6,16 +6,26 @@ using imaproc::filter::eProcessorMessage;
 
 const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
   static const std::vector<std::pair<eProcessorMessage, const char*>> table = {
+      {eProcessorMessage::Convolution2dImgGpuLvl3,
+       "Level 3 algorithm: convolution algorithm of input 2d image using a given kernel on Gpu"},
       {eProcessorMessage::Convolution2dImgLvl1,
        "Level 1 algorithm: convolution algorithm of input 2d image using a given kernel"},
       {eProcessorMessage::Convolution2dImgLvl2,
        "Level 2 algorithm: convolution algorithm of input 2d image using a given kernel"},
       {eProcessorMessage::Convolution2dImgLvl3,
        "Level 3 algorithm: convolution algorithm of input 2d image using a given kernel"},
+      {eProcessorMessage::Convolution3dImgGpuLvl3,
+       "Level 3 algorithm: convolution algorithm of input 3d image using a given kernel on Gpu"},
       {eProcessorMessage::Convolution3dImgLvl1,
        "Level 1 algorithm: convolution algorithm of input 3d image using a given kernel"},
+      {eProcessorMessage::Convolution3dImgLvl2,
+       "Level 2 algorithm: convolution algorithm of input 3d image using a given kernel"},
       {eProcessorMessage::Convolution3dImgLvl3,
        "Level 3 algorithm: convolution algorithm of input 3d image using a given kernel"},
+      {eProcessorMessage::GaussianSmoothing2dImgLvl1,
+       "Level 1 algorithm: Gaussian filter used to blur a 2d image"},
+      {eProcessorMessage::GaussianSmoothing3dImgLvl1,
+       "Level 1 algorithm: Gaussian filter used to blur a 3d image"},
       {eProcessorMessage::MeanSmoothing2dImgLvl1, "Level 1 algorithm: Mean filter used to blur a 2d image"},
       {eProcessorMessage::MeanSmoothing2dImgLvl2, "Level 2 algorithm: Mean filter used to blur a 2d image"},
       {eProcessorMessage::MeanSmoothing2dImgLvl3, "Level 3 algorithm: Mean filter used to blur a 2d image"},
@@ -25,7 +35,9 @@ const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProces
       {eProcessorMessage::MeanSmoothing3dImgLvl1, "Level 1 algorithm: Mean filter used to blur a 3d image"},
       {eProcessorMessage::MeanSmoothing3dMaskImgLvl1, "Level 1 algorithm: Masked mean filter used to blur a 3d image"},
       {eProcessorMessage::MeanSmoothing3dMaskImgLvl2, "Level 2 algorithm: Masked mean filter used to blur a 3d image"},
-      {eProcessorMessage::MeanSmoothing3dMaskImgLvl3, "Level 3 algorithm: Masked mean filter used to blur a 3d image"}};
+      {eProcessorMessage::MeanSmoothing3dMaskImgLvl3, "Level 3 algorithm: Masked mean filter used to blur a 3d image"},
+      {eProcessorMessage::MeanSmoothingZ3dImgLvl2, "Level 2 algorithm: Mean filter along Z of a 3d image"},
+      {eProcessorMessage::MeanSmoothingZ3dImgLvl3, "Level 3 algorithm: Mean filter along Z of a 3d image"}};
   return table;
 }
 

@@ -9,11 +9,16 @@ namespace vexo::imaproc::filter {
 
 /// Tool tips of processors. Values are stable: they are part of the interface.
 enum class eProcessorMessage {
+  Convolution2dImgGpuLvl3 = 19,
   Convolution2dImgLvl1 = 20,
   Convolution2dImgLvl2 = 21,
   Convolution2dImgLvl3 = 22,
+  Convolution3dImgGpuLvl3 = 23,
   Convolution3dImgLvl1 = 24,
+  Convolution3dImgLvl2 = 25,
   Convolution3dImgLvl3 = 26,
+  GaussianSmoothing2dImgLvl1 = 70,
+  GaussianSmoothing3dImgLvl1 = 71,
   MeanSmoothing2dImgLvl1 = 105,
   MeanSmoothing2dImgLvl2 = 106,
   MeanSmoothing2dImgLvl3 = 107,
@@ -24,6 +29,8 @@ enum class eProcessorMessage {
   MeanSmoothing3dMaskImgLvl1 = 114,
   MeanSmoothing3dMaskImgLvl2 = 115,
   MeanSmoothing3dMaskImgLvl3 = 116,
+  MeanSmoothingZ3dImgLvl2 = 117,
+  MeanSmoothingZ3dImgLvl3 = 118,
 };
 
 /// Tool tips of the module's own attributes.
