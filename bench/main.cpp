@@ -76,7 +76,7 @@ void copyImage(const Image& from, Image& to, int threads) {
   for (auto& other : others) other.join();
 }
 
-/// Medians in milliseconds by benchmark name; also prints what Google Benchmark prints when asked to.
+/// Medians in milliseconds by benchmark name.
 class MedianReporter : public benchmark::BenchmarkReporter {
 public:
   bool ReportContext(const Context&) override { return true; }
@@ -248,6 +248,13 @@ AddCase::AddCase(Case line) {
 }  // namespace vexo::bench
 
 int main(int argc, char** argv) {
+  // By turns, so that a slow moment of the machine does not fall on one side.
+  std::vector<char*> words(argv, argv + argc);
+  char byTurns[] = "--benchmark_enable_random_interleaving=true";
+  words.insert(words.begin() + 1, byTurns);
+  argc = static_cast<int>(words.size());
+  words.push_back(nullptr);
+  argv = words.data();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   vexo::bench::registerCases();

@@ -32,6 +32,8 @@ constexpr char help[] =
 
 void dispatch(const WordList& words) {
   const std::string& name = words.front();
+  const bool alone = name == "--help" || name == "-h" || name == "--version";
+  if (alone && words.size() > 1) throw UsageError("unexpected word '" + words[1] + "' after " + name);
   if (name == "--help" || name == "-h") {
     std::cout << help;
   } else if (name == "--version") {

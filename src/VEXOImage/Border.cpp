@@ -38,7 +38,8 @@ BoolResult BorderPolicy::fromText(const std::string& text, BorderPolicy& policy)
     if (const BoolResult parsed = ScalarText<double>::fromText(text.substr(9), value); !parsed) return parsed;
     policy = BorderPolicy(eBorder::Constant, value);
   } else {
-    return BoolResult::failure("'" + text + "' is no border policy; use mirror, replicate, circular or constant=V");
+    return BoolResult::failure("'" + text +
+                               "' is no border policy; use mirror, replicate, circular or constant=V");
   }
   return true;
 }

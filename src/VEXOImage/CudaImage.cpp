@@ -33,7 +33,8 @@ void forEachSlice(unsigned char* device, HostImage& host, const Copy& copy) {
         if (plain) {
           copy(slice, host.getRow(0, z, c, t), g.y == 1 ? dense.y : host.getStrides().y, g.y);
         } else {
-          for (std::size_t y = 0; y < g.y; ++y) copy(slice + y * dense.y, host.getRow(y, z, c, t), dense.y, 1);
+          for (std::size_t y = 0; y < g.y; ++y)
+            copy(slice + y * dense.y, host.getRow(y, z, c, t), dense.y, 1);
         }
       }
 }
@@ -60,7 +61,8 @@ boost::shared_ptr<Image> CudaImage::toHost() const {
   return copy;
 }
 
-boost::shared_ptr<BaseImage> CudaImage::createSimilar(const ImageGeometry& geometry, eImageBufferType type) const {
+boost::shared_ptr<BaseImage> CudaImage::createSimilar(const ImageGeometry& geometry,
+                                                      eImageBufferType type) const {
   return create(geometry, type);
 }
 
@@ -70,7 +72,8 @@ boost::shared_ptr<BaseImage> CudaImage::makeSubImage(std::size_t firstZ, std::si
   const ImageStrides strides = denseStrides(geometry, getBufferType());
   geometry.z = sizeZ;
   geometry.c = geometry.t = 1;
-  void* first = static_cast<unsigned char*>(_memory.get()) + t * strides.t + c * strides.c + firstZ * strides.z;
+  void* first =
+      static_cast<unsigned char*>(_memory.get()) + t * strides.t + c * strides.c + firstZ * strides.z;
   return boost::shared_ptr<CudaImage>(
       new CudaImage(boost::shared_ptr<void>(_memory, first), geometry, getBufferType()));
 }

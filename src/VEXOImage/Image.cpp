@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <boost/make_shared.hpp>
+#include <cstdint>
 #include <cstring>
 #include <limits>
-#include <cstdint>
 #include <vector>
 
 #include "VEXOCore/Buffer.h"
@@ -54,10 +54,11 @@ void checkStrides(const ImageGeometry& g, eImageBufferType type, const ImageStri
   for (const Axis& axis : axes) {
     const std::size_t step = magnitude(axis.stride);
     if (step % sample != 0)
-      raiseError(VEXO_HERE, module, "image stride ", axis.stride, " is not a multiple of the sample size ", sample);
+      raiseError(VEXO_HERE, module, "image stride ", axis.stride, " is not a multiple of the sample size ",
+                 sample);
     if (writable && step < extent)
-      raiseError(VEXO_HERE, module, "image stride ", axis.stride, " makes rows overlap: it must be at least ", extent,
-                 " bytes in a writable image of ", toString(g));
+      raiseError(VEXO_HERE, module, "image stride ", axis.stride, " makes rows overlap: it must be at least ",
+                 extent, " bytes in a writable image of ", toString(g));
     std::size_t span;
     if (__builtin_mul_overflow(step, axis.size - 1, &span) || __builtin_add_overflow(extent, span, &extent) ||
         extent > std::numeric_limits<std::ptrdiff_t>::max())
@@ -88,7 +89,9 @@ Span getSpan(const Image& image) {
 /// The most rows for which getOverlap looks at each row.
 constexpr std::size_t maxComparedRows = std::size_t(1) << 20;
 
-std::size_t countRows(const ImageGeometry& g) { return g.y * g.z * g.c * g.t; }
+std::size_t countRows(const ImageGeometry& g) {
+  return g.y * g.z * g.c * g.t;
+}
 
 void appendRows(const Image& image, std::vector<Span>& rows) {
   const ImageGeometry& g = image.getGeometry();
@@ -104,7 +107,8 @@ void appendRows(const Image& image, std::vector<Span>& rows) {
 
 /// True when no row of one image shares a byte with a row of the other, though both lie among each other.
 bool areInterleaved(const Image& a, const Image& b) {
-  if (countRows(a.getGeometry()) > maxComparedRows || countRows(b.getGeometry()) > maxComparedRows) return false;
+  if (countRows(a.getGeometry()) > maxComparedRows || countRows(b.getGeometry()) > maxComparedRows)
+    return false;
   std::vector<Span> rowsA, rowsB;
   appendRows(a, rowsA);
   appendRows(b, rowsB);
@@ -127,11 +131,13 @@ bool areInterleaved(const Image& a, const Image& b) {
 std::string toString(const ImageGeometry& g) {
   std::string text = std::to_string(g.x) + " x " + std::to_string(g.y);
   if (g.z != 1 || g.c != 1 || g.t != 1)
-    text += " x " + std::to_string(g.z) + " (z) x " + std::to_string(g.c) + " (c) x " + std::to_string(g.t) + " (t)";
+    text += " x " + std::to_string(g.z) + " (z) x " + std::to_string(g.c) + " (c) x " + std::to_string(g.t) +
+            " (t)";
   return text;
 }
 
-BaseImage::BaseImage(const ImageGeometry& geometry, eImageBufferType type) : _geometry(geometry), _type(type) {
+BaseImage::BaseImage(const ImageGeometry& geometry, eImageBufferType type)
+    : _geometry(geometry), _type(type) {
   checkedBytes(geometry, type);
 }
 
@@ -139,14 +145,15 @@ BaseImage::~BaseImage() = default;
 
 boost::shared_ptr<BaseImage> BaseImage::getSubImage(std::size_t firstZ, std::size_t sizeZ, std::size_t c,
                                                     std::size_t t) {
-  if (sizeZ == 0 || firstZ >= _geometry.z || sizeZ > _geometry.z - firstZ || c >= _geometry.c || t >= _geometry.t)
-    raiseError(VEXO_HERE, module, "sub-image of ", sizeZ, " slices from z = ", firstZ, ", c = ", c, ", t = ", t,
-               " lies outside an image of ", toString(_geometry));
+  if (sizeZ == 0 || firstZ >= _geometry.z || sizeZ > _geometry.z - firstZ || c >= _geometry.c ||
+      t >= _geometry.t)
+    raiseError(VEXO_HERE, module, "sub-image of ", sizeZ, " slices from z = ", firstZ, ", c = ", c,
+               ", t = ", t, " lies outside an image of ", toString(_geometry));
   return makeSubImage(firstZ, sizeZ, c, t);
 }
 
-boost::shared_ptr<const BaseImage> BaseImage::getSubImage(std::size_t firstZ, std::size_t sizeZ, std::size_t c,
-                                                          std::size_t t) const {
+boost::shared_ptr<const BaseImage> BaseImage::getSubImage(std::size_t firstZ, std::size_t sizeZ,
+                                                          std::size_t c, std::size_t t) const {
   return const_cast<BaseImage*>(this)->getSubImage(firstZ, sizeZ, c, t);
 }
 
@@ -169,30 +176,36 @@ Image::~Image() = default;
 boost::shared_ptr<Image> Image::create(const ImageGeometry& geometry, eImageBufferType type) {
   boost::shared_ptr<void> block = allocateBlock(checkedBytes(geometry, type));
   void* data = block.get();
-  return boost::shared_ptr<Image>(new Image(data, geometry, type, denseStrides(geometry, type), std::move(block)));
+  return boost::shared_ptr<Image>(
+      new Image(data, geometry, type, denseStrides(geometry, type), std::move(block)));
 }
 
 boost::shared_ptr<Image> Image::wrap(void* data, const ImageGeometry& geometry, eImageBufferType type,
                                      const ImageStrides& strides, boost::shared_ptr<const void> owner) {
   if (!data) raiseError(VEXO_HERE, module, "cannot wrap a null address as an image");
   if (reinterpret_cast<std::uintptr_t>(data) % getSampleSize(type) != 0)
-    raiseError(VEXO_HERE, module, "cannot wrap address ", data, ": it is not aligned to a sample of ", toString(type));
+    raiseError(VEXO_HERE, module, "cannot wrap address ", data, ": it is not aligned to a sample of ",
+               toString(type));
   checkedBytes(geometry, type);
   checkStrides(geometry, type, strides, true);
   return boost::shared_ptr<Image>(new Image(data, geometry, type, strides, std::move(owner)));
 }
 
-boost::shared_ptr<const Image> Image::wrapConst(const void* data, const ImageGeometry& geometry, eImageBufferType type,
-                                                const ImageStrides& strides, boost::shared_ptr<const void> owner) {
+boost::shared_ptr<const Image> Image::wrapConst(const void* data, const ImageGeometry& geometry,
+                                                eImageBufferType type, const ImageStrides& strides,
+                                                boost::shared_ptr<const void> owner) {
   if (!data) raiseError(VEXO_HERE, module, "cannot wrap a null address as an image");
   if (reinterpret_cast<std::uintptr_t>(data) % getSampleSize(type) != 0)
-    raiseError(VEXO_HERE, module, "cannot wrap address ", data, ": it is not aligned to a sample of ", toString(type));
+    raiseError(VEXO_HERE, module, "cannot wrap address ", data, ": it is not aligned to a sample of ",
+               toString(type));
   checkedBytes(geometry, type);
   checkStrides(geometry, type, strides, false);
-  return boost::shared_ptr<Image>(new Image(const_cast<void*>(data), geometry, type, strides, std::move(owner)));
+  return boost::shared_ptr<Image>(
+      new Image(const_cast<void*>(data), geometry, type, strides, std::move(owner)));
 }
 
-boost::shared_ptr<BaseImage> Image::createSimilar(const ImageGeometry& geometry, eImageBufferType type) const {
+boost::shared_ptr<BaseImage> Image::createSimilar(const ImageGeometry& geometry,
+                                                  eImageBufferType type) const {
   return create(geometry, type);
 }
 
@@ -208,7 +221,8 @@ boost::shared_ptr<BaseImage> Image::makeSubImage(std::size_t firstZ, std::size_t
 const Image& hostImage(const boost::shared_ptr<const BaseImage>& image, const char* what) {
   if (!image) raiseError(VEXO_HERE, module, what, ": the image is null");
   const auto* host = dynamic_cast<const Image*>(image.get());
-  if (!host) raiseError(VEXO_HERE, module, what, ": the image is on the GPU, an image in host memory is needed");
+  if (!host)
+    raiseError(VEXO_HERE, module, what, ": the image is on the GPU, an image in host memory is needed");
   return *host;
 }
 
@@ -222,7 +236,9 @@ bool isSameBuffer(const BaseImage& a, const BaseImage& b) {
   if (!first || !second) return &a == &b;
   const ImageGeometry& g = a.getGeometry();
   const ImageStrides &sa = first->getStrides(), &sb = second->getStrides();
-  const auto sameStep = [](std::size_t size, std::ptrdiff_t x, std::ptrdiff_t y) { return size == 1 || x == y; };
+  const auto sameStep = [](std::size_t size, std::ptrdiff_t x, std::ptrdiff_t y) {
+    return size == 1 || x == y;
+  };
   return first->getData() == second->getData() && g == b.getGeometry() &&
          getSampleSize(a.getBufferType()) == getSampleSize(b.getBufferType()) && sameStep(g.y, sa.y, sb.y) &&
          sameStep(g.z, sa.z, sb.z) && sameStep(g.c, sa.c, sb.c) && sameStep(g.t, sa.t, sb.t);
@@ -241,13 +257,15 @@ eOverlap getOverlap(const BaseImage& a, const BaseImage& b) {
 void copySamples(const Image& from, Image& to) {
   const ImageGeometry& g = from.getGeometry();
   if (g != to.getGeometry() || from.getBufferType() != to.getBufferType())
-    raiseError(VEXO_HERE, module, "cannot copy an image of ", toString(g), " ", toString(from.getBufferType()),
-               " to one of ", toString(to.getGeometry()), " ", toString(to.getBufferType()));
+    raiseError(VEXO_HERE, module, "cannot copy an image of ", toString(g), " ",
+               toString(from.getBufferType()), " to one of ", toString(to.getGeometry()), " ",
+               toString(to.getBufferType()));
   const std::size_t bytes = g.x * getSampleSize(from.getBufferType());
   for (std::size_t t = 0; t < g.t; ++t)
     for (std::size_t c = 0; c < g.c; ++c)
       for (std::size_t z = 0; z < g.z; ++z)
-        for (std::size_t y = 0; y < g.y; ++y) std::memcpy(to.getRow(y, z, c, t), from.getRow(y, z, c, t), bytes);
+        for (std::size_t y = 0; y < g.y; ++y)
+          std::memcpy(to.getRow(y, z, c, t), from.getRow(y, z, c, t), bytes);
 }
 
 }  // namespace vexo::image

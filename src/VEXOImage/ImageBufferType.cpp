@@ -5,13 +5,17 @@ namespace {
 constexpr struct {
   const char* name;
   std::size_t size;
-} types[imageBufferTypeCount] = {{"uint8", 1}, {"int8", 1},  {"uint16", 2}, {"int16", 2},
+} types[imageBufferTypeCount] = {{"uint8", 1},  {"int8", 1},  {"uint16", 2}, {"int16", 2},
                                  {"uint32", 4}, {"int32", 4}, {"float32", 4}};
+}  // namespace
+
+std::size_t getSampleSize(eImageBufferType type) {
+  return types[static_cast<std::size_t>(type)].size;
 }
 
-std::size_t getSampleSize(eImageBufferType type) { return types[static_cast<std::size_t>(type)].size; }
-
-const char* toString(eImageBufferType type) { return types[static_cast<std::size_t>(type)].name; }
+const char* toString(eImageBufferType type) {
+  return types[static_cast<std::size_t>(type)].name;
+}
 
 BoolResult fromString(const std::string& name, eImageBufferType& type) {
   std::string names;

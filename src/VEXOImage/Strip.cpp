@@ -15,7 +15,8 @@ std::size_t sizeAlong(const BaseImage& image, int axis) {
   return axis == 0 ? image.getSizeX() : axis == 1 ? image.getSizeY() : image.getSizeZ();
 }
 
-void checkStrip(const BaseImage& image, eStripParsingDirection direction, std::size_t begin, std::size_t end) {
+void checkStrip(const BaseImage& image, eStripParsingDirection direction, std::size_t begin,
+                std::size_t end) {
   const int axis = static_cast<int>(direction);
   if (begin >= end || end > sizeAlong(image, axis))
     raiseError(VEXO_HERE, "VEXOImage", "strip [", begin, ", ", end, ") along ", "XYZ"[axis],
@@ -40,7 +41,8 @@ boost::shared_ptr<Image> makeRegion(Image& image, int axis, std::size_t begin, s
   return Image::wrap(data, g, image.getBufferType(), image.getStrides());
 }
 
-/// The constant of a border as a sample of the image: rounded half away from zero, saturated, NaN is 0 in integers.
+/// The constant of a border as a sample of the image: rounded half away from zero, saturated, NaN is 0 in
+/// integers.
 void storeConstant(double value, eImageBufferType type, unsigned char* sample) {
   visitBufferType(type, [&](auto zero) {
     using T = decltype(zero);
@@ -50,7 +52,10 @@ void storeConstant(double value, eImageBufferType type, unsigned char* sample) {
     } else {
       const double low = std::numeric_limits<T>::lowest(), high = std::numeric_limits<T>::max();
       const double rounded = std::round(value);
-      converted = value != value ? T(0) : static_cast<T>(rounded < low ? low : rounded > high ? high : rounded);
+      converted = value != value ? T(0)
+                                 : static_cast<T>(rounded < low    ? low
+                                                  : rounded > high ? high
+                                                                   : rounded);
     }
     std::memcpy(sample, &converted, sizeof converted);
   });
@@ -67,36 +72,60 @@ boost::shared_ptr<const StripMarginCopies> StripMarginCopies::create(const Image
   if (reach == 0) return nullptr;
   const std::size_t size = sizeAlong(image, axis);
 
-  // Whatever the border policy, a position outside a strip stands for one within `reach` of a bound (the ends of the
-  // image are bounds too), unless the window is larger than the image: then everything is near a bound.
   auto copies = boost::make_shared<StripMarginCopies>();
-  copies->_position.assign(size, -1);
+  ImageGeometry g = image.getGeometry();
+  // Whatever the border policy, a position outside a strip stands for one within `reach` of a bound (the ends
+  // of the image are bounds too), unless the window is larger than the image: then everything is near a
+  // bound.
+  std::vector<std::ptrdiff_t> position(size, -1);
   std::vector<std::size_t> kept;
   std::size_t next = 0;
   for (const std::size_t bound : bounds)
-    for (std::size_t p = std::max(next, bound > reach ? bound - reach : 0); p < size && p < bound + reach; next = ++p)
-      copies->_position[p] = static_cast<std::ptrdiff_t>(kept.size()), kept.push_back(p);
+    for (std::size_t p = std::max(next, bound > reach ? bound - reach : 0); p < size && p < bound + reach;
+         next = ++p) {
+      position[p] = static_cast<std::ptrdiff_t>(kept.size());
+      kept.push_back(p);
+    }
+  if (kept.size() > size / 2) {
+    copies->_copy = Image::create(g, image.getBufferType());
+    copySamples(image, *copies->_copy);
+    return copies;
+  }
 
-  ImageGeometry g = image.getGeometry();
+  copies->_position = std::move(position);
   (axis == 0 ? g.x : axis == 1 ? g.y : g.z) = kept.size();
   copies->_copy = Image::create(g, image.getBufferType());
   auto& source = const_cast<Image&>(image);
   for (std::size_t i = 0, end; i < kept.size(); i = end) {
     for (end = i + 1; end < kept.size() && kept[end] == kept[end - 1] + 1;) ++end;
-    copySamples(*makeRegion(source, axis, kept[i], kept[i] + (end - i)), *makeRegion(*copies->_copy, axis, i, end));
+    copySamples(*makeRegion(source, axis, kept[i], kept[i] + (end - i)),
+                *makeRegion(*copies->_copy, axis, i, end));
   }
   return copies;
 }
 
 void StripMarginCopies::fill(StripSource& source) const {
-  source.saved = static_cast<const unsigned char*>(_copy->getData());
+  const auto* samples = static_cast<const unsigned char*>(_copy->getData());
+  if (isWhole()) {
+    source.image = samples;
+    source.rowStride = _copy->getStrides().y;
+    source.sliceStride = _copy->getStrides().z;
+    return;
+  }
+  source.saved = samples;
   source.savedPosition = _position.data();
   source.savedRowStride = _copy->getStrides().y;
   source.savedSliceStride = _copy->getStrides().z;
 }
 
-InputStrip::InputStrip(boost::shared_ptr<const BaseImage> image, eStripParsingDirection direction, std::size_t begin,
-                       std::size_t end, const StripMargins& margins, boost::shared_ptr<const StripMarginCopies> copies)
+bool InputStrip::isOverwrittenBy(const OutputStrip& other) const {
+  return isSameBuffer(*_image, *other.getImage()) && !other.hasOwnBuffer() &&
+         !(_copies && _copies->isWhole());
+}
+
+InputStrip::InputStrip(boost::shared_ptr<const BaseImage> image, eStripParsingDirection direction,
+                       std::size_t begin, std::size_t end, const StripMargins& margins,
+                       boost::shared_ptr<const StripMarginCopies> copies)
     : _image(std::move(image)),
       _direction(direction),
       _begin(begin),
@@ -128,8 +157,8 @@ StripSource InputStrip::makeSource(const BorderPolicy& border) const {
   return source;
 }
 
-OutputStrip::OutputStrip(boost::shared_ptr<BaseImage> image, eStripParsingDirection direction, std::size_t begin,
-                         std::size_t end, eStripAllocationType allocation)
+OutputStrip::OutputStrip(boost::shared_ptr<BaseImage> image, eStripParsingDirection direction,
+                         std::size_t begin, std::size_t end, eStripAllocationType allocation)
     : _image(std::move(image)), _direction(direction), _begin(begin), _end(end) {
   hostImage(_image, "output strip");
   checkStrip(*_image, direction, begin, end);
@@ -150,7 +179,8 @@ StripTarget OutputStrip::makeTarget() {
   target.data = static_cast<unsigned char*>(samples->getData());
   target.rowStride = samples->getStrides().y;
   target.sliceStride = samples->getStrides().z;
-  for (int axis = 0; axis < 3; ++axis) target.end[axis] = static_cast<std::ptrdiff_t>(sizeAlong(*_image, axis));
+  for (int axis = 0; axis < 3; ++axis)
+    target.end[axis] = static_cast<std::ptrdiff_t>(sizeAlong(*_image, axis));
   target.begin[static_cast<int>(_direction)] = static_cast<std::ptrdiff_t>(_begin);
   target.end[static_cast<int>(_direction)] = static_cast<std::ptrdiff_t>(_end);
   target.sampleSize = static_cast<int>(getSampleSize(_image->getBufferType()));

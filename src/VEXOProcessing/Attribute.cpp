@@ -35,6 +35,10 @@ void raiseRefusedValue(const std::string& attributeName, const std::string& why)
                               attributeName, why);
 }
 
+void raiseNotSet(const std::string& attributeName) {
+  raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::NotSet, attributeName);
+}
+
 void writeImage(BaseOArchive& archive, const std::string& name, const image::BaseImage& image) {
   const auto* host = dynamic_cast<const image::Image*>(&image);
   if (!host) raiseRefusedValue(name, "an image on the GPU cannot be written to an archive");

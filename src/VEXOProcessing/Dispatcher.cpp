@@ -6,14 +6,12 @@ namespace vexo::processor {
 
 BaseSplit::~BaseSplit() = default;
 
-void BaseProcessorDispatcher::setSplits(const core::BasePriority& priority,
-                                        std::vector<boost::shared_ptr<BaseSplit>> splits) {
+void BaseProcessorDispatcher::setSplits(std::vector<boost::shared_ptr<BaseSplit>> splits) {
   const boost::shared_ptr<BaseProcessor> sample = _creator();
   for (const auto& split : splits)
     if (const BoolResult served = split->checkProcessorType(*sample); !served)
       raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::WrongProcessor,
                                   served.getMessage());
-  _priority = priority;
   _splits = std::move(splits);
 }
 
@@ -25,9 +23,9 @@ void BaseProcessorDispatcher::runPiece(std::size_t pieceIndex, const core::RunSh
   processor->runNested(share);
 }
 
-void BaseStaticProcessorDispatcher::initBase(const core::BasePriority& priority,
+void BaseStaticProcessorDispatcher::initBase(const core::BasePriority&,
                                              const std::vector<boost::shared_ptr<BaseStaticSplit>>& splits) {
-  setSplits(priority, {splits.begin(), splits.end()});
+  setSplits({splits.begin(), splits.end()});
   _pieceCount = 1;
   const BaseStaticSplit* first = nullptr;
   for (const auto& split : splits) {
@@ -44,25 +42,27 @@ void BaseStaticProcessorDispatcher::initBase(const core::BasePriority& priority,
 }
 
 void BaseDynamicProcessorDispatcher::initBase(
-    const core::BasePriority& priority, const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits) {
-  setSplits(priority, {splits.begin(), splits.end()});
+    const core::BasePriority&, const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits) {
+  setSplits({splits.begin(), splits.end()});
   _splits = splits;
 }
 
 std::size_t BaseDynamicProcessorDispatcher::prepare() {
-  std::optional<BaseDynamicSplit::Axis> axis;
+  std::optional<BaseDynamicSplit::Extent> extent;
   for (const auto& split : _splits) {
-    const auto wanted = split->getAxis();
+    const auto wanted = split->getExtent();
     if (!wanted) continue;
-    if (!axis) axis = wanted;
-    if (wanted->direction != axis->direction || wanted->length != axis->length)
+    if (!extent) extent = wanted;
+    // A kernel takes the strips of all splits to be of one size: it would write beyond a smaller one.
+    if (wanted->direction != extent->direction || !std::equal(wanted->size, wanted->size + 3, extent->size))
       raiseMessage<BaseException>(
           getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnevenSplits,
-          split->getAttributeName() + " is cut along another axis, or is of another length");
-    axis->margin = std::max(axis->margin, wanted->margin);
+          split->getAttributeName() + " is cut along another axis, or is of another size");
+    extent->margin = std::max(extent->margin, wanted->margin);
   }
   const image::StripBounds bounds =
-      axis ? cutIntoStrips(axis->length, axis->margin, _policy) : image::StripBounds{0, 1};
+      extent ? cutIntoStrips(extent->size[static_cast<int>(extent->direction)], extent->margin, _policy)
+             : image::StripBounds{0, 1};
   for (const auto& split : _splits) split->prepare(bounds);
   return bounds.size() - 1;
 }

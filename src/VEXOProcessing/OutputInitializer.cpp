@@ -1,6 +1,6 @@
 #include "VEXOProcessing/OutputInitializer.h"
 
-#include "VEXOCore/Log.h"
+#include "VEXOProcessing/ProcessingMessages.h"
 
 namespace vexo::processor {
 namespace {
@@ -32,7 +32,7 @@ BaseOutputInitializer::~BaseOutputInitializer() = default;
 boost::shared_ptr<const image::BaseImage> ImageOutputInitializer::getInput() const {
   const auto attribute = _input.lock();
   const auto image = attribute ? attribute->getImage() : nullptr;
-  if (!image) raiseError(VEXO_HERE, "VEXOProcessing", "Input attribute should not be null");
+  if (!image) raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::NullInput);
   return image;
 }
 

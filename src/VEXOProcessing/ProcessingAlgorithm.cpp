@@ -31,6 +31,7 @@ BoolResult BaseProcessingAlgorithm::preProcess() {
 }
 
 void BaseProcessingAlgorithm::process(const core::RunShare& share) {
+  checkStrips();
   DataTypeIdentifierColl types;
   getDataTypeIdColl(types);
   const InstructionSetsIdentifier forced = getForcedInstructionSets();
@@ -40,26 +41,35 @@ void BaseProcessingAlgorithm::process(const core::RunShare& share) {
         getProcessingLogger(), VEXO_HERE, eProcessorMessage::NoFunction, getObjectName(), types.getNames(),
         forced.isEmpty() ? std::string()
                          : "in the forced instruction set " + core::toString(forced.getSets()));
-  if (const BoolResult done = runFunction(function, types); !done)
+  if (const BoolResult done = runFunction(function); !done)
     raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed,
                                 getObjectName(), done.getMessage());
   share.done();
 }
 
-BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& function,
-                                                const DataTypeIdentifierColl&) {
+void BaseProcessingAlgorithm::checkStrips() const {
+  for (const auto& attribute : getAttributes()) {
+    const auto* input = dynamic_cast<const BaseInputStripAttribute*>(attribute.get());
+    const auto* output = dynamic_cast<const BaseOutputStripAttribute*>(attribute.get());
+    if ((input && !input->getStrip()) || (output && !output->getStrip()))
+      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::MissingInput,
+                                  getObjectName(), attribute->getName());
+  }
+}
+
+BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& function) {
   std::vector<image::StripSource> sources;
   std::vector<image::StripTarget> targets;
   std::vector<LoadLine> loaders;
   std::vector<StoreLine> storers;
   std::vector<boost::shared_ptr<image::OutputStrip>> outputs;
-  std::vector<const image::BaseImage*> inputImages;
+  std::vector<boost::shared_ptr<const image::InputStrip>> inputs;
   for (const auto& attribute : getAttributes()) {
     if (const auto* input = dynamic_cast<const BaseInputStripAttribute*>(attribute.get())) {
       const auto strip = input->getStrip();
       sources.push_back(_parsers.inputs.at(attribute->getName()).parse(*strip));
       loaders.push_back(function.table->loaders[static_cast<int>(strip->getBufferType())]);
-      inputImages.push_back(strip->getImage().get());
+      inputs.push_back(strip);
     } else if (const auto* output = dynamic_cast<const BaseOutputStripAttribute*>(attribute.get())) {
       const auto strip = output->getStrip();
       targets.push_back(_parsers.outputs.at(attribute->getName()).parse(*strip));
@@ -69,8 +79,7 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
   }
   bool inPlace = false;
   for (const auto& output : outputs)
-    for (const image::BaseImage* input : inputImages)
-      inPlace = inPlace || image::isSameBuffer(*input, *output->getImage());
+    for (const auto& input : inputs) inPlace = inPlace || input->isOverwrittenBy(*output);
 
   ProcessingInfo info{sources.data(),        targets.data(), loaders.data(), storers.data(),
                       getKernelParameters(), inPlace,        nullptr};

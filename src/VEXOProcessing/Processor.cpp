@@ -54,12 +54,17 @@ void BaseProcessor::raiseNoSuchAttribute(const std::string& attributeName) const
 }
 
 void BaseProcessor::checkCall() {
+  checkNotRunning();
+  checkNow();
+}
+
+void BaseProcessor::checkNow() {
   if (!_initialised) fail(VEXO_HERE, eProcessorMessage::NotInitialised, getObjectName());
   dropCreatedOutputs();
-  if (_rulePolicy == eProcessorRulePolicy::WithoutRules) return;
   for (const auto& attribute : _attributes)
     if (attribute->isInput() && !attribute->isOptional() && !attribute->isSet() && !attribute->hasDefault())
       fail(VEXO_HERE, eProcessorMessage::MissingInput, getObjectName(), attribute->getName());
+  if (_rulePolicy == eProcessorRulePolicy::WithoutRules) return;
   checkOverlaps();
   if (const BoolResult held = _rule->check(); !held)
     fail(VEXO_HERE, eProcessorMessage::RuleFailed, getObjectName(), held.getMessage());
@@ -132,7 +137,7 @@ void BaseProcessor::releaseWorkImages() {
 }
 
 void BaseProcessor::execute(const core::RunShare& share) {
-  checkCall();
+  checkNow();
   for (const auto& attribute : _attributes)
     if (attribute->getInfo().isWorkImage() && !attribute->isSet()) _emptyWork.push_back(attribute);
   const AtExit cleanUp([this] {
@@ -155,7 +160,9 @@ BoolResult BaseProcessor::copy(const BaseDynamicObject& other) {
   const auto* twin = dynamic_cast<const BaseProcessor*>(&other);
   if (!twin || twin->getClassName() != getClassName())
     return BoolResult::failure(getClassName() + " cannot copy a " + other.getClassName());
-  if (twin == this || !twin->_initialised) return true;
+  if (twin == this) return true;
+  if (!twin->_initialised)
+    return BoolResult::failure("the " + getClassName() + " to copy is not initialised");
   if (const BoolResult ready = init(twin->_rulePolicy); !ready) return ready;
   _dispatchPolicy = twin->_dispatchPolicy;
   setThreadLimit(twin->getThreadLimit());
@@ -189,6 +196,7 @@ BoolResult BaseProcessor::read(BaseIArchive& archive) {
     ArchiveSectionManager section(archive, getClassName());
     std::uint32_t version = 0;
     archive.read("version", version);
+    if (version == 0) raiseRefusedValue("version", "it is 0");
     if (version > getClassVersion()) {
       const std::string text =
           formatMessage(eSerializationMessage::NewerVersion, getClassName(), version, getClassVersion());
@@ -198,6 +206,8 @@ BoolResult BaseProcessor::read(BaseIArchive& archive) {
     archive.registerClassVersion(getClassName(), version);
     const auto fresh = boost::static_pointer_cast<BaseProcessor>(createShared());
     fresh->init();
+    for (const std::string& name : archive.getNames())
+      if (name != "version" && !fresh->findAttribute(name)) fresh->raiseNoSuchAttribute(name);
     for (const auto& attribute : fresh->_attributes) attribute->read(archive);
     if (!_initialised) init();
     return copyValues(*fresh);
@@ -211,6 +221,7 @@ BoolResult BaseProcessor::read(BaseIArchive& archive) {
 }
 
 void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor) {
+  if (!processor) raiseError(VEXO_HERE, "VEXOProcessing", "executeSyncRun: the processor is null");
   if (const BoolResult result = processor->run(core::eSynchroType::Synchronous); !result) {
     processor->rethrowFailure();
     raise<BaseException>(getProcessingLogger(), VEXO_HERE, result.getMessage());

@@ -27,14 +27,14 @@ RulePtr none() {
   return rule;
 }
 
-RulePtr operator&&(const RulePtr& first, const RulePtr& second) {
+RulePtr bothHold(const RulePtr& first, const RulePtr& second) {
   return makeRule([first, second] {
     const BoolResult result = first->check();
     return result ? second->check() : result;
   });
 }
 
-RulePtr operator||(const RulePtr& first, const RulePtr& second) {
+RulePtr oneHolds(const RulePtr& first, const RulePtr& second) {
   return makeRule([first, second] {
     const BoolResult one = first->check();
     if (one) return one;

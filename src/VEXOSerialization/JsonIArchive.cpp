@@ -177,6 +177,12 @@ void JsonIArchive::closeSection() {
   _impl->open.pop_back();
 }
 
+std::vector<std::string> JsonIArchive::getNames() const {
+  std::vector<std::string> names;
+  for (const auto& item : _impl->open.back()->items()) names.push_back(item.key());
+  return names;
+}
+
 bool JsonIArchive::has(const std::string& name) const {
   return _impl->open.back()->contains(name);
 }

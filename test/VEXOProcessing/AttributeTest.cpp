@@ -240,6 +240,16 @@ TEST(Rule, OptionalIsSet) {
   EXPECT_FALSE(limit.check());
 }
 
+TEST(Rule, OfConcreteClassesCompose) {
+  const auto p = makeReady<EveryKind>();
+  const auto limit = boost::make_shared<RuleOptionalIsSet>(p->accessAttribute<attr::InOptLimit>());
+  const auto scale = boost::make_shared<RuleOptionalIsSet>(p->accessAttribute<attr::InOptScale>());
+  p->set<attr::InOptLimit>(0);
+  const RulePtr both = limit && scale, one = limit || scale;
+  EXPECT_FALSE(both->check());
+  EXPECT_TRUE(one->check());
+}
+
 TEST(Rule, ImagesMatchInSizeAndType) {
   using image::ImageGeometry;
   const auto p = makeReady<EveryKind>();

@@ -101,6 +101,8 @@ TEST(SerialForm, IllTypedTextIsRefused) {
       {"\"version\": 2", "\"version\": -1"},
       {"\"version\": 2", "\"verzion\": 2"},
       {"vexo::test::EveryKind", "vexo::test::Steps1"},
+      {"\"version\": 2", "\"version\": 0"},
+      {"\"InFlag\": true", "\"InFlak\": true"},
       {"\"InFlag\": true", "\"InFlag\": 1"},
       {"\"InCount\": 4294967295", "\"InCount\": 4294967296"},
       {"\"InCount\": 4294967295", "\"InCount\": 13"},

@@ -82,7 +82,7 @@ TEST(Split, EachKindGivesThePieceItsValue) {
   fixed->setPiece(*p, 99);
   EXPECT_EQ(p->getStorage<attr::InFactor>(), 2.5f);
   const auto dynamic = dynamicNoSplit<Target, attr::InLabel>("same");
-  EXPECT_FALSE(dynamic->getAxis());
+  EXPECT_FALSE(dynamic->getExtent());
   dynamic->setPiece(*p, 99);
   EXPECT_EQ(p->getStorage<attr::InLabel>(), "same");
   // A fresh object for each piece, so that pieces do not share what they write.
@@ -123,7 +123,7 @@ TEST(Dispatcher, PieceCountsMustAgree) {
   }
 }
 
-TEST(Dispatcher, StripsMustBeCutAlongOneAxisOfOneLength) {
+TEST(Dispatcher, StripsMustBeCutAlongOneAxisOfOneSize) {
   using Next = WindowSumYLvl3;
   using In = ImageYStrip2dSplit<Next, const image::BaseImage, attr::InKnlStrip>;
   const auto view = image::eStripAllocationType::View;
@@ -132,6 +132,8 @@ TEST(Dispatcher, StripsMustBeCutAlongOneAxisOfOneLength) {
   };
   const auto split = boost::make_shared<In>(make(20, 20), view, centredMargins(0, 5));
   const auto same =
+      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutStrip>>(make(20, 20), view);
+  const auto narrower =
       boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutStrip>>(make(7, 20), view);
   const auto shorter =
       boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutStrip>>(make(20, 19), view);
@@ -140,6 +142,8 @@ TEST(Dispatcher, StripsMustBeCutAlongOneAxisOfOneLength) {
   // Two margins are the shortest strip, whichever split comes first.
   EXPECT_EQ(dispatchStrips<Next>(core::BasePriority(), split, same)->prepare(), 2u);
   EXPECT_EQ(dispatchStrips<Next>(core::BasePriority(), same, split)->prepare(), 2u);
+  // A kernel that trusts the input's sizes would write beyond the narrower output.
+  messageOf([&] { dispatchStrips<Next>(core::BasePriority(), split, narrower)->prepare(); });
   messageOf([&] { dispatchStrips<Next>(core::BasePriority(), split, shorter)->prepare(); });
   messageOf([&] { dispatchStrips<Next>(core::BasePriority(), split, across)->prepare(); });
 }

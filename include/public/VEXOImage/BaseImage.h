@@ -13,7 +13,9 @@ namespace vexo::image {
 struct ImageGeometry {
   std::size_t x = 1, y = 1, z = 1, c = 1, t = 1;
 
-  bool operator==(const ImageGeometry& o) const { return x == o.x && y == o.y && z == o.z && c == o.c && t == o.t; }
+  bool operator==(const ImageGeometry& o) const {
+    return x == o.x && y == o.y && z == o.z && c == o.c && t == o.t;
+  }
   bool operator!=(const ImageGeometry& o) const { return !(*this == o); }
 };
 /// "660 x 550", or "660 x 550 x 3 (z) x 2 (c) x 1 (t)" when it is more than a plane.
@@ -37,10 +39,12 @@ public:
 
   virtual bool isGpuImage() const = 0;
   /// A new image in the same kind of memory; its samples are not initialised.
-  virtual boost::shared_ptr<BaseImage> createSimilar(const ImageGeometry& geometry, eImageBufferType type) const = 0;
-  /// `sizeZ` slices from `firstZ` on, of one colour plane and time frame: a view of the same samples, which it keeps
-  /// alive. Throws when the range lies outside.
-  boost::shared_ptr<BaseImage> getSubImage(std::size_t firstZ, std::size_t sizeZ, std::size_t c, std::size_t t);
+  virtual boost::shared_ptr<BaseImage> createSimilar(const ImageGeometry& geometry,
+                                                     eImageBufferType type) const = 0;
+  /// `sizeZ` slices from `firstZ` on, of one colour plane and time frame: a view of the same samples, which
+  /// it keeps alive. Throws when the range lies outside.
+  boost::shared_ptr<BaseImage> getSubImage(std::size_t firstZ, std::size_t sizeZ, std::size_t c,
+                                           std::size_t t);
   boost::shared_ptr<const BaseImage> getSubImage(std::size_t firstZ, std::size_t sizeZ, std::size_t c,
                                                  std::size_t t) const;
 

@@ -23,7 +23,8 @@ public:
   std::string toText() const;
   static BoolResult fromText(const std::string& text, BorderPolicy& policy);
 
-  BorderPolicy(eBorder border = eBorder::Mirror, double constant = 0) : _border(border), _constant(constant) {}
+  BorderPolicy(eBorder border = eBorder::Mirror, double constant = 0)
+      : _border(border), _constant(constant) {}
 
 private:
   eBorder _border;

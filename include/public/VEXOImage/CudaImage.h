@@ -20,7 +20,8 @@ public:
   /// Device address of sample (0, 0, 0, 0, 0).
   void* getDeviceData() const { return _memory.get(); }
 
-  boost::shared_ptr<BaseImage> createSimilar(const ImageGeometry& geometry, eImageBufferType type) const override;
+  boost::shared_ptr<BaseImage> createSimilar(const ImageGeometry& geometry,
+                                             eImageBufferType type) const override;
 
 private:
   CudaImage(boost::shared_ptr<void> memory, const ImageGeometry& geometry, eImageBufferType type);

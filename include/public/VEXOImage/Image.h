@@ -4,8 +4,8 @@
 
 namespace vexo::image {
 
-/// Distances in bytes between neighbours along Y, Z, C and T; neighbours along X are adjacent samples. May be negative,
-/// and for an image that is only read also 0. Each is a multiple of the sample size.
+/// Distances in bytes between neighbours along Y, Z, C and T; neighbours along X are adjacent samples. May be
+/// negative, and for an image that is only read also 0. Each is a multiple of the sample size.
 struct ImageStrides {
   std::ptrdiff_t y = 0, z = 0, c = 0, t = 0;
 };
@@ -19,9 +19,9 @@ public:
 
   /// A new image; its samples are not initialised. Rows follow one another without gaps.
   static boost::shared_ptr<Image> create(const ImageGeometry& geometry, eImageBufferType type);
-  /// An image over memory of someone else; `owner` keeps that memory alive and may be empty. `data` is the sample
-  /// (0, 0, 0, 0, 0) and aligned to the sample size. Throws when `data` is null or a stride is refused (a writable
-  /// image must not reach a sample in two ways).
+  /// An image over memory of someone else; `owner` keeps that memory alive and may be empty. `data` is the
+  /// sample (0, 0, 0, 0, 0) and aligned to the sample size. Throws when `data` is null or a stride is refused
+  /// (a writable image must not reach a sample in two ways).
   static boost::shared_ptr<Image> wrap(void* data, const ImageGeometry& geometry, eImageBufferType type,
                                        const ImageStrides& strides, boost::shared_ptr<const void> owner = {});
   static boost::shared_ptr<const Image> wrapConst(const void* data, const ImageGeometry& geometry,
@@ -43,7 +43,8 @@ public:
   }
 
   bool isGpuImage() const override { return false; }
-  boost::shared_ptr<BaseImage> createSimilar(const ImageGeometry& geometry, eImageBufferType type) const override;
+  boost::shared_ptr<BaseImage> createSimilar(const ImageGeometry& geometry,
+                                             eImageBufferType type) const override;
 
 private:
   Image(void* data, const ImageGeometry& geometry, eImageBufferType type, const ImageStrides& strides,
@@ -65,14 +66,15 @@ private:
 VEXO_API Image& hostImage(const boost::shared_ptr<BaseImage>& image, const char* what);
 VEXO_API const Image& hostImage(const boost::shared_ptr<const BaseImage>& image, const char* what);
 
-/// True when both are one image, or reach the same samples: same address, strides, sizes and sample size. A filter may
-/// then run in place.
+/// True when both are one image, or reach the same samples: same address, strides, sizes and sample size. A
+/// filter may then run in place.
 VEXO_API bool isSameBuffer(const BaseImage& a, const BaseImage& b);
 
 /// How the samples of two images lie to one another.
 enum class eOverlap { None, Same, Partial };
-/// None: no byte is shared. Same: isSameBuffer. Partial: anything else, where a filter would read what it has already
-/// overwritten; also images of over a million rows that lie among each other, whose rows are not compared.
+/// None: no byte is shared. Same: isSameBuffer. Partial: anything else, where a filter would read what it has
+/// already overwritten; also images of over a million rows that lie among each other, whose rows are not
+/// compared.
 VEXO_API eOverlap getOverlap(const BaseImage& a, const BaseImage& b);
 
 /// Copies all samples; geometry and type must be equal. Both on the host.

@@ -16,7 +16,8 @@ enum class eStripParsingDirection { X = 0, Y = 1, Z = 2 };
 /// Where the samples of a strip lie.
 enum class eStripAllocationType {
   View,      ///< in the image itself
-  OwnBuffer  ///< in a buffer of the strip's own, as far as other strips, or the strip itself, write what it reads
+  OwnBuffer  ///< in a buffer of the strip's own, as far as other strips, or the strip itself, write what it
+             ///< reads
 };
 
 /// Kernel margins around a strip, before and after it on each axis X, Y, Z.
@@ -24,36 +25,46 @@ struct StripMargins {
   std::size_t before[3] = {0, 0, 0};
   std::size_t after[3] = {0, 0, 0};
 };
-/// Largest margin that is accepted, in samples. Windows beyond it are certainly a mistake, and the memory a kernel takes
-/// for its lines stays within bounds.
+/// Largest margin that is accepted, in samples. Windows beyond it are certainly a mistake, and the memory a
+/// kernel takes for its lines stays within bounds.
 constexpr std::size_t maxStripMargin = 32767;
 
 /// A cut of an axis of length n: strip i is [bounds[i], bounds[i + 1]); the first bound is 0, the last n.
 using StripBounds = std::vector<std::size_t>;
 
-/// Copies of what strips read outside themselves, taken while nothing has been overwritten: the samples near the bounds
-/// of a cut, or all of the image where that is less.
+/// Copies of what strips read outside themselves, taken while nothing has been overwritten: the samples near
+/// the bounds of a cut. Where these would be more than half of the image, all of it is copied, and the strips
+/// read nothing else.
 class VEXO_API StripMarginCopies {
 public:
   /// Null when the margins on the axis of the cut are 0, because then no strip reads what another writes.
-  static boost::shared_ptr<const StripMarginCopies> create(const Image& image, eStripParsingDirection direction,
-                                                           const StripBounds& bounds, const StripMargins& margins);
+  static boost::shared_ptr<const StripMarginCopies> create(const Image& image,
+                                                           eStripParsingDirection direction,
+                                                           const StripBounds& bounds,
+                                                           const StripMargins& margins);
   void fill(StripSource& source) const;
+  bool isWhole() const { return _position.empty(); }
 
 private:
   boost::shared_ptr<Image> _copy;
-  std::vector<std::ptrdiff_t> _position;
+  std::vector<std::ptrdiff_t>
+      _position;  ///< in the copy, of each position on the axis; empty for a copy of all
 };
+
+class OutputStrip;
 
 /// A strip that is read, with margins on all axes (0 without a kernel).
 class VEXO_API InputStrip {
 public:
   InputStrip(boost::shared_ptr<const BaseImage> image, eStripParsingDirection direction, std::size_t begin,
-             std::size_t end, const StripMargins& margins, boost::shared_ptr<const StripMarginCopies> copies = {});
+             std::size_t end, const StripMargins& margins,
+             boost::shared_ptr<const StripMarginCopies> copies = {});
 
   const boost::shared_ptr<const BaseImage>& getImage() const { return _image; }
   const StripMargins& getMargins() const { return _margins; }
   eImageBufferType getBufferType() const { return _image->getBufferType(); }
+  /// True when the strip reads samples that the other writes.
+  bool isOverwrittenBy(const OutputStrip& other) const;
   StripSource makeSource(const BorderPolicy& border) const;
 
 private:
@@ -64,17 +75,18 @@ private:
   boost::shared_ptr<const StripMarginCopies> _copies;
 };
 
-/// A strip that is written. With a buffer of its own the samples are copied in before the kernel runs, so that it may
-/// also read them, and copied back by commit(), called after the kernel has succeeded.
+/// A strip that is written. With a buffer of its own the samples are copied in before the kernel runs, so
+/// that it may also read them, and copied back by commit(), called after the kernel has succeeded.
 class VEXO_API OutputStrip {
 public:
-  OutputStrip(boost::shared_ptr<BaseImage> image, eStripParsingDirection direction, std::size_t begin, std::size_t end,
-              eStripAllocationType allocation);
+  OutputStrip(boost::shared_ptr<BaseImage> image, eStripParsingDirection direction, std::size_t begin,
+              std::size_t end, eStripAllocationType allocation);
 
   const boost::shared_ptr<BaseImage>& getImage() const { return _image; }
   eImageBufferType getBufferType() const { return _image->getBufferType(); }
   StripTarget makeTarget();
   void commit();
+  bool hasOwnBuffer() const { return static_cast<bool>(_own); }
 
 private:
   boost::shared_ptr<Image> region() const;
@@ -99,8 +111,8 @@ using InputImageZStrip3dWithKernel = InputStrip;
 using OutputImageZStrip3d = OutputStrip;
 using InOutImageZStrip3d = OutputStrip;
 
-/// What a third-level processor keeps per strip attribute: it turns the strip into the plain data that kernels read
-/// lines from, or write lines to.
+/// What a third-level processor keeps per strip attribute: it turns the strip into the plain data that
+/// kernels read lines from, or write lines to.
 class InputStripParser {
 public:
   void setBorder2dPolicy(const boost::shared_ptr<const Border2dPolicy>& border) { _border = *border; }

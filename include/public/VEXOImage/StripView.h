@@ -1,7 +1,7 @@
 #pragma once
 
-// What a kernel sees of a strip: plain data and a few functions with internal linkage. This header is read by kernel
-// sources, so nothing here may need the standard library at run time.
+// What a kernel sees of a strip: plain data and a few functions with internal linkage. This header is read by
+// kernel sources, so nothing here may need the standard library at run time.
 
 #include <stddef.h>
 
@@ -29,8 +29,8 @@ static inline ptrdiff_t mapBorderIndex(eBorder border, ptrdiff_t i, ptrdiff_t n)
   return m < n ? m : 2 * n - 1 - m;
 }
 
-/// A strip that is read: the part [begin, end) of an image, per axis X, Y, Z, and margins around it. Positions are those
-/// of the image; positions in the margins may lie outside of it.
+/// A strip that is read: the part [begin, end) of an image, per axis X, Y, Z, and margins around it.
+/// Positions are those of the image; positions in the margins may lie outside of it.
 struct StripSource {
   const unsigned char* image;  ///< sample (0, 0, 0)
   ptrdiff_t rowStride, sliceStride;
@@ -41,9 +41,9 @@ struct StripSource {
   eBorder border;
   unsigned char constant[4];  ///< the constant of the border, as a sample of the image
 
-  /// When the image is also written, positions on the axis of the cut that lie outside [begin, end) are read from copies
-  /// that were taken before the first strip ran: position p of the image is position savedPosition[p] of the copy.
-  /// Null otherwise.
+  /// When the image is also written, positions on the axis of the cut that lie outside [begin, end) are read
+  /// from copies that were taken before the first strip ran: position p of the image is position
+  /// savedPosition[p] of the copy. Null otherwise.
   const unsigned char* saved;
   const ptrdiff_t* savedPosition;
   ptrdiff_t savedRowStride, savedSliceStride;
@@ -58,8 +58,9 @@ struct StripTarget {
   int sampleSize;
 };
 
-/// Address at which column 0 of the row (y, z) lies, the border applied to y and z; null when the row is constant.
-/// Columns [0, size[0]) may be read there, or, when a strip cut along X has copies, [begin[0], end[0]).
+/// Address at which column 0 of the row (y, z) lies, the border applied to y and z; null when the row is
+/// constant. Columns [0, size[0]) may be read there, or, when a strip cut along X has copies, [begin[0],
+/// end[0]).
 static inline const unsigned char* sourceRow(const StripSource& s, ptrdiff_t y, ptrdiff_t z) {
   const bool savedY = s.saved && s.cutAxis == 1 && (y < s.begin[1] || y >= s.end[1]);
   const bool savedZ = s.saved && s.cutAxis == 2 && (z < s.begin[2] || z >= s.end[2]);

@@ -68,6 +68,9 @@ using AttributeColl = std::vector<boost::shared_ptr<BaseAttribute>>;
 /// Raises that `attribute` refuses a value, in the one wording that all refusals have.
 [[noreturn]] VEXO_API void raiseRefusedValue(const std::string& attributeName, const std::string& why);
 
+/// Raises that a value was asked for that `attribute` does not have.
+[[noreturn]] VEXO_API void raiseNotSet(const std::string& attributeName);
+
 /// Samples, geometry and type of an image as a section of an archive.
 VEXO_API void writeImage(BaseOArchive& archive, const std::string& name, const image::BaseImage& image);
 VEXO_API boost::shared_ptr<image::Image> readImage(BaseIArchive& archive, const std::string& name);
@@ -106,7 +109,7 @@ public:
     if constexpr (isHandle)
       return Storage();
     else
-      raiseRefusedValue(this->getName(), "it is not set");
+      raiseNotSet(this->getName());
   }
 
   std::string getValueTypeName() const override {

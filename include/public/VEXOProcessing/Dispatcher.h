@@ -14,15 +14,15 @@ protected:
   using Creator = boost::shared_ptr<BaseProcessor> (*)();
   explicit BaseProcessorDispatcher(Creator creator) : _creator(creator) {}
   /// Throws when a split serves another class of processor.
-  void setSplits(const core::BasePriority& priority, std::vector<boost::shared_ptr<BaseSplit>> splits);
+  void setSplits(std::vector<boost::shared_ptr<BaseSplit>> splits);
 
 private:
   Creator _creator;
-  core::BasePriority _priority;
   std::vector<boost::shared_ptr<BaseSplit>> _splits;
 };
 
-/// The number of pieces is that of the static splits, which must agree.
+/// The number of pieces is that of the static splits, which must agree. The priority of the pieces is that of
+/// the run that they are a part of; it is passed for providers that choose by it.
 class VEXO_API BaseStaticProcessorDispatcher : public BaseProcessorDispatcher {
 public:
   void initBase(const core::BasePriority& priority,

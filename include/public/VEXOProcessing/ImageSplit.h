@@ -97,17 +97,18 @@ VEXO_API image::StripMargins kernelMargins(const KernelXYZ& kernel);
 template <class P, class Img, class A, image::eStripParsingDirection direction>
 class ImageStripSplit : public processor::TargetedSplit<processor::BaseDynamicSplit, P, A> {
 public:
-  using Axis = typename processor::BaseDynamicSplit::Axis;
+  using Extent = typename processor::BaseDynamicSplit::Extent;
   ImageStripSplit(boost::shared_ptr<Img> image, image::eStripAllocationType allocation,
                   const image::StripMargins& margins = {})
       : _image(std::move(image)), _allocation(allocation), _margins(margins) {
     image::hostImage(boost::shared_ptr<const image::BaseImage>(_image), A::info().name.c_str());
   }
 
-  std::optional<Axis> getAxis() const override {
+  std::optional<Extent> getExtent() const override {
     constexpr int axis = static_cast<int>(direction);
-    const std::size_t length[] = {_image->getSizeX(), _image->getSizeY(), _image->getSizeZ()};
-    return Axis{direction, length[axis], std::max(_margins.before[axis], _margins.after[axis])};
+    return Extent{{_image->getSizeX(), _image->getSizeY(), _image->getSizeZ()},
+                  direction,
+                  std::max(_margins.before[axis], _margins.after[axis])};
   }
   void prepare(const image::StripBounds& bounds) override {
     _bounds = bounds;

@@ -46,9 +46,10 @@ protected:
   void clearIntermediateData() override { clearDataParserColl(); }
   void process(const core::RunShare& share) override;
 
-  BoolResult runFunction(const AlgorithmFunction& function, const DataTypeIdentifierColl& types);
-
 private:
+  void checkStrips() const;
+  BoolResult runFunction(const AlgorithmFunction& function);
+
   DataParserColl _parsers;
 };
 

@@ -22,6 +22,8 @@ enum class eProcessorMessage {
   ProviderFailed = 11,
   RuleFailed = 12,
   StillRunning = 13,
+  NotSet = 14,
+  NullInput = 15,
   RefusedValue = 33,
 };
 

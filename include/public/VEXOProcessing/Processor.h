@@ -62,6 +62,8 @@ public:
   typename A::StorageType getStorage() const {
     return accessAttribute<A>()->getStorage();
   }
+  /// The attribute itself, for rules, initializers and splits; a value given through it is not checked
+  /// against a run in progress.
   template <class A>
   boost::shared_ptr<A> accessAttribute() const {
     for (const auto& attribute : _attributes)
@@ -77,7 +79,8 @@ public:
   /// told yet.
   ImageOutputInitializer::Description describeOutput(const BaseImageAttribute& output) const;
 
-  /// Attribute values and settings of a processor of the same class. False when it is of another.
+  /// Attribute values and settings of a processor of the same class. False when it is of another, or not
+  /// initialised.
   BoolResult copy(const BaseDynamicObject& other) override;
   bool hasCopySupport() const override { return true; }
 
@@ -108,6 +111,7 @@ protected:
 
 private:
   void checkNotRunning() const;
+  void checkNow();
   [[noreturn]] void raiseNoSuchAttribute(const std::string& attributeName) const;
   void checkOverlaps() const;
   void forgetCreation(const BaseAttribute& attribute);

@@ -10,13 +10,18 @@ namespace vexo::processor {
 ///
 ///   class Despeckle final : public ProcessorClass<Despeckle, BaseAsync1Processor> {
 ///   public:
-///     using Attributes = AttributeList<attr::InImg, attr::OutImg>;        // parameters, in declaration
-///     order static constexpr auto toolTipId = eProcessorMessage::Despeckle;      // entry of a message table
-///     static constexpr std::uint32_t version = 2;                          // when it is not 1
-///     static ProcessorDispatchPolicy getDefaultDispatchPolicy();           // when it is not the usual one
+///     // Parameters, in declaration order.
+///     using Attributes = AttributeList<attr::InImg, attr::OutImg>;
+///     // Entry of a message table.
+///     static constexpr auto toolTipId = eProcessorMessage::Despeckle;
+///     // Where they are not the usual ones:
+///     static constexpr std::uint32_t version = 2;
+///     static ProcessorDispatchPolicy getDefaultDispatchPolicy();
+///
 ///   private:
-///     void initOutputs(OutputInitializerColl&) const override;             // when it creates outputs
-///     RulePtr createRule() const override;                                 // when it has rules
+///     // Where it creates outputs, and where it has rules:
+///     void initOutputs(OutputInitializerColl&) const override;
+///     RulePtr createRule() const override;
 ///   };
 template <class Derived, class Base>
 class VEXO_API ProcessorClass : public Base {

@@ -3,6 +3,7 @@
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>
 #include <functional>
+#include <type_traits>
 
 #include "VEXOProcessing/Attribute.h"
 
@@ -23,10 +24,21 @@ VEXO_API RulePtr makeRule(std::function<BoolResult()> check);
 
 /// Always holds.
 VEXO_API RulePtr none();
+VEXO_API RulePtr bothHold(const RulePtr& first, const RulePtr& second);
+VEXO_API RulePtr oneHolds(const RulePtr& first, const RulePtr& second);
+
 /// Both hold; the second is not checked when the first fails.
-VEXO_API RulePtr operator&&(const RulePtr& first, const RulePtr& second);
+template <class A, class B>
+std::enable_if_t<std::is_base_of_v<BaseRule, A> && std::is_base_of_v<BaseRule, B>, RulePtr> operator&&(
+    const boost::shared_ptr<A>& first, const boost::shared_ptr<B>& second) {
+  return bothHold(first, second);
+}
 /// One of them holds; fails with both reasons.
-VEXO_API RulePtr operator||(const RulePtr& first, const RulePtr& second);
+template <class A, class B>
+std::enable_if_t<std::is_base_of_v<BaseRule, A> && std::is_base_of_v<BaseRule, B>, RulePtr> operator||(
+    const boost::shared_ptr<A>& first, const boost::shared_ptr<B>& second) {
+  return oneHolds(first, second);
+}
 /// `then` when the condition holds, `otherwise` when it does not.
 VEXO_API RulePtr If(const RulePtr& condition, const RulePtr& then, const RulePtr& otherwise = none());
 

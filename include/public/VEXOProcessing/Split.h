@@ -31,14 +31,14 @@ public:
 /// A split that follows the cut that its dispatcher decides.
 class VEXO_API BaseDynamicSplit : public BaseSplit {
 public:
-  /// The axis to be cut, its length, and how far a piece reaches beyond its ends.
-  struct Axis {
+  /// What is to be cut: its sizes X, Y, Z, the axis of the cut, and how far a piece reaches beyond its ends.
+  struct Extent {
+    std::size_t size[3];
     image::eStripParsingDirection direction;
-    std::size_t length;
     std::size_t margin;
   };
   /// None when the split goes along with any cut.
-  virtual std::optional<Axis> getAxis() const { return std::nullopt; }
+  virtual std::optional<Extent> getExtent() const { return std::nullopt; }
   /// Tells the cut, before the first piece runs.
   virtual void prepare(const image::StripBounds&) {}
 };

@@ -7,7 +7,8 @@
 
 namespace vexo {
 
-/// Writes JSON: sections are objects, bytes are base64 text, numbers that JSON cannot hold are "nan", "inf", "-inf".
+/// Writes JSON: sections are objects, bytes are base64 text, numbers that JSON cannot hold are "nan", "inf",
+/// "-inf".
 class VEXO_API JsonOArchive final : public BaseOArchive {
 public:
   JsonOArchive();
@@ -25,8 +26,8 @@ public:
   void write(const std::string& name, const std::string& value) override;
   void writeBytes(const std::string& name, const std::vector<unsigned char>& value) override;
 
-  /// The text so far; sections still open appear as closed. UTF-8; names and texts that are not valid UTF-8 throw an
-  /// UnHandleException when they are written.
+  /// The text so far; sections still open appear as closed. UTF-8; names and texts that are not valid UTF-8
+  /// throw an UnHandleException when they are written.
   std::string getText() const;
 
 private:
@@ -40,8 +41,8 @@ struct JsonLimits {
   std::size_t maxDepth = 64;                       ///< sections within sections
 };
 
-/// Reads what JsonOArchive wrote. Text over a limit, malformed text, and names that occur twice in a section throw an
-/// UnHandleException before anything can be read.
+/// Reads what JsonOArchive wrote. Text over a limit, malformed text, and names that occur twice in a section
+/// throw an UnHandleException before anything can be read.
 class VEXO_API JsonIArchive final : public BaseIArchive {
 public:
   explicit JsonIArchive(const std::string& text, const JsonLimits& limits = {});
@@ -49,6 +50,7 @@ public:
 
   void openSection(const std::string& name) override;
   void closeSection() override;
+  std::vector<std::string> getNames() const override;
   bool has(const std::string& name) const override;
   void read(const std::string& name, bool& value) const override;
   void read(const std::string& name, std::uint32_t& value) const override;

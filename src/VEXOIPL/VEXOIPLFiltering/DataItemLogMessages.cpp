@@ -13,7 +13,8 @@ const std::vector<std::pair<eDataItemMessage, const char*>>& MessageMap<eDataIte
       // The spelling is part of the interface.
       {eDataItemMessage::Lengthscale, "Lenghtscale (in meters), impacts other distance fields"},
       {eDataItemMessage::AbsorptionCoefficient, "Absorption coefficient"},
-      {eDataItemMessage::DicPhaseRetrievalParams, "Set of parameter used for the DIC phase retrieval algorithm"},
+      {eDataItemMessage::DicPhaseRetrievalParams,
+       "Set of parameter used for the DIC phase retrieval algorithm"},
       {eDataItemMessage::MaxVal, "Maximum value"},
       {eDataItemMessage::MaxValField, "Maximum value"}};
   return table;

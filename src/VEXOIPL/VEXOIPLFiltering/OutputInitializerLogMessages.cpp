@@ -4,7 +4,8 @@ namespace vexo {
 
 using imaproc::filter::eOutputInitializerMessage;
 
-const std::vector<std::pair<eOutputInitializerMessage, const char*>>& MessageMap<eOutputInitializerMessage>::messages() {
+const std::vector<std::pair<eOutputInitializerMessage, const char*>>&
+MessageMap<eOutputInitializerMessage>::messages() {
   static const std::vector<std::pair<eOutputInitializerMessage, const char*>> table = {
       {eOutputInitializerMessage::NullInput, "Input attribute should not be null"}};
   return table;

@@ -9,7 +9,9 @@ const std::string& getVEXOIPLFilteringLoggerName() {
   return name;
 }
 
-log4cplus::Logger getVEXOIPLFilteringLogger() { return getModuleLogger("VEXOIPLFiltering"); }
+log4cplus::Logger getVEXOIPLFilteringLogger() {
+  return getModuleLogger("VEXOIPLFiltering");
+}
 
 LogMessageManager& getVEXOIPLFilteringLogMessageManager() {
   return LogMessageManager::getInstance("VEXOIPLFiltering");

@@ -4,7 +4,8 @@ namespace vexo {
 
 using imaproc::filter::eVEXOIPLFilteringMessage;
 
-const std::vector<std::pair<eVEXOIPLFilteringMessage, const char*>>& MessageMap<eVEXOIPLFilteringMessage>::messages() {
+const std::vector<std::pair<eVEXOIPLFilteringMessage, const char*>>&
+MessageMap<eVEXOIPLFilteringMessage>::messages() {
   static const std::vector<std::pair<eVEXOIPLFilteringMessage, const char*>> table = {};
   return table;
 }

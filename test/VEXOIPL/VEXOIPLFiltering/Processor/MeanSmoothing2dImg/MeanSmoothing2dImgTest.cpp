@@ -80,7 +80,7 @@ TEST_P(MeanSmoothing2dPairs, BitsDoNotDependOnHowItIsRun) {
         EXPECT_TRUE(sameBits(*out, *expected)) << "in place, " << core::toString(sets.getSets());
       }
     }
-    for (const std::size_t threads : {1, 3, 7}) {
+    for (const std::size_t threads : {1, 2, 3, 7}) {
       core::ActionRunner::getInstance().setThreadCount(threads);
       EXPECT_TRUE(sameBits(*smooth(in, 5, 4, type), *expected)) << threads << " threads";
       core::ActionRunner::getInstance().setThreadCount(0);
@@ -262,6 +262,44 @@ TEST(MeanSmoothing2d, LargestWindowsAreRight) {
       EXPECT_NEAR(getSample(*out, x, y), mean, 0.05) << x << " " << y;
     });
   }
+}
+
+// What the rounding of single precision leaves of a constant: nothing in integers that hold few digits.
+TEST(MeanSmoothing2d, AConstantImageStaysConstant) {
+  for (const auto type : allTypes())
+    for (const int half : {0, 1, 5, 40}) {
+      SCOPED_TRACE(std::string(image::toString(type)) + " half " + std::to_string(half));
+      const ImagePtr in = Image::create({70, 90}, type);
+      forEachSample(in->getGeometry(), [&](auto x, auto y, auto, auto, auto) { setSample(*in, 113, x, y); });
+      for (const auto outType : allTypes()) {
+        const ImagePtr out = smooth(in, half, half, outType);
+        const double tolerance = outType == eImageBufferType::Real32 ? 113 * 1e-5 : 0;
+        forEachSample(in->getGeometry(), [&](auto x, auto y, auto, auto, auto) {
+          EXPECT_NEAR(getSample(*out, x, y), 113, tolerance) << x << " " << y;
+        });
+      }
+    }
+}
+
+// The second level can be made by name; it must not trust what it is given.
+TEST(MeanSmoothing2d, LowerLevelsCheckTheirOwnCalls) {
+  const auto plane =
+      processor::ProcessorFactory::createProcessor("vexo::imaproc::filter::MeanSmoothing2dImgLvl2");
+  for (const auto policy :
+       {processor::eProcessorRulePolicy::WithRules, processor::eProcessorRulePolicy::WithoutRules}) {
+    plane->init(policy);
+    EXPECT_THROW(executeSyncRun(plane), BaseException);
+    plane->set<attr::InSubImg2d>(randomImage({64, 64}, eImageBufferType::UInt8));
+    plane->set<attr::InHalfKnlSizeX>(1);
+    plane->set<attr::InHalfKnlSizeY>(1);
+    const ImagePtr narrow = randomImage({8, 64}, eImageBufferType::UInt8), before = copyOf(*narrow);
+    plane->set<attr::OutImg>(narrow);
+    EXPECT_THROW(executeSyncRun(plane), BaseException);
+    EXPECT_TRUE(sameBits(*narrow, *before));
+  }
+  const auto strip = processor::ProcessorFactory::createProcessor(kernelClass);
+  strip->init(processor::eProcessorRulePolicy::WithoutRules);
+  EXPECT_THROW(executeSyncRun(strip), BaseException);
 }
 
 TEST(MeanSmoothing2d, ManyCallsAtOnceOnSharedImages) {

@@ -15,6 +15,7 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::MeanSmoothing2dImgLvl2;
 
 private:
+  processor::RulePtr createRule() const override;
   BoolResult retrieveProvider(const core::BasePriority& priority,
                               boost::shared_ptr<core::BaseActionProvider>& provider) override;
 };

@@ -1,0 +1,24 @@
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::processor {
+namespace {
+
+// Classes are known while their library is loaded, however often that happens.
+TEST(Library, RegistersItsClassesWhileItIsLoaded) {
+  const std::string name = "vexo::imaproc::filter::MeanSmoothing2dImgLvl1";
+  for (int round = 0; round < 3; ++round) {
+    ASSERT_FALSE(ProcessorFactory::isRegistered(name)) << round;
+    void* library = dlopen(VEXO_FILTERING_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    EXPECT_EQ(ProcessorFactory::createProcessor(name)->getClassName(), name);
+    ASSERT_EQ(dlclose(library), 0);
+  }
+  EXPECT_FALSE(ProcessorFactory::isRegistered(name));
+  EXPECT_THROW(ProcessorFactory::createProcessor(name), BaseException);
+}
+
+}  // namespace
+}  // namespace vexo::processor
