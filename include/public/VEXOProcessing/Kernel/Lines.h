@@ -21,18 +21,18 @@ inline T readSample(const unsigned char* p) {
 }
 
 /// Reads samples [x, x + n), one at a time, wherever they lie.
-template <class T>
-inline void loadSamples(float* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
+template <class T, class To>
+inline void loadSamples(To* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
                         ptrdiff_t n) {
   for (ptrdiff_t i = 0; i < n; ++i) {
     const unsigned char* sample = image::sourceSample(s, x + i, y, z);
-    line[i] = float(readSample<T>(sample ? sample : s.constant));
+    line[i] = To(readSample<T>(sample ? sample : s.constant));
   }
 }
 
-/// A processor::LoadLine. Integers of 32 bits become the nearest float.
-template <class T>
-void loadLine(float* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) {
+/// A processor::LoadLine; also to lines of another type. Integers of 32 bits become the nearest float.
+template <class T, class To = float>
+void loadLine(To* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) {
   constexpr ptrdiff_t size = sizeof(T);
   const unsigned char* row = image::sourceRow(s, y, z);
   if (!row) return loadSamples<T>(line, s, x, y, z, n);
@@ -47,9 +47,9 @@ void loadLine(float* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y
   const ptrdiff_t a = clamp(first - mirrored, x, end), b = clamp(first, x, end);
   const ptrdiff_t c = clamp(last, x, end), d = clamp(last + mirrored, x, end);
   loadSamples<T>(line, s, x, y, z, a - x);
-  for (ptrdiff_t i = a; i < b; ++i) line[i - x] = float(readSample<T>(row + (-1 - i) * size));
-  for (ptrdiff_t i = b; i < c; ++i) line[i - x] = float(readSample<T>(row + i * size));
-  for (ptrdiff_t i = c; i < d; ++i) line[i - x] = float(readSample<T>(row + (2 * s.size[0] - 1 - i) * size));
+  for (ptrdiff_t i = a; i < b; ++i) line[i - x] = To(readSample<T>(row + (-1 - i) * size));
+  for (ptrdiff_t i = b; i < c; ++i) line[i - x] = To(readSample<T>(row + i * size));
+  for (ptrdiff_t i = c; i < d; ++i) line[i - x] = To(readSample<T>(row + (2 * s.size[0] - 1 - i) * size));
   loadSamples<T>(line + (d - x), s, d, y, z, end - d);
 }
 
