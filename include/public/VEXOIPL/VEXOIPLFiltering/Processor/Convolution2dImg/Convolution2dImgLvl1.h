@@ -1,0 +1,73 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
+class VEXO_API Convolution2dImgLvl1 final
+    : public processor::ProcessorClass<Convolution2dImgLvl1, processor::BaseAsync1Processor> {
+public:
+  using Attributes = processor::AttributeList<attr::InImg, attr::InKnlXY, attr::InNormalize,
+                                              attr::InOptConvolBorder2d, attr::OutImg>;
+  static constexpr auto toolTipId = eProcessorMessage::Convolution2dImgLvl1;
+
+private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
+  BoolResult retrieveProvider(const core::BasePriority& priority,
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+};
+
+/// Convolution: each pixel becomes the sum of its neighbours' values, weighted by the points of the kernel; a
+/// point reads the pixel at its offset (the kernel is not turned round). Each plane of a volume, of a
+/// multi-channel image or of a time series is convolved on its own.
+///
+/// inImg: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes; it
+/// may be the input itself. Without it the result is a 32-bit float image of the input's sizes. kernel:
+/// offsets within +-32767 per axis, in any order; repeated ones each count. Without points the result is 0.
+/// normalize: divide by the sum of the weights, unless that is nearly 0 (below 1.5e-8 in magnitude).
+/// border: how pixels outside the image are obtained; mirror when not given.
+///
+/// Sums are in single precision, in the order of the kernel's points. Integer outputs are rounded half away
+/// from zero and keep the low bits: 300.4 becomes 44 in an 8-bit output. NaN becomes 0 there.
+///
+/// Throws an exception derived from vexo::BaseException: an image, the kernel or the border is null, an
+/// offset is too far, the sizes of the output differ, the output overlaps the input without being the same
+/// image. The output is then untouched.
+VEXO_API boost::shared_ptr<image::BaseImage> convolution2dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+    bool normalize);
+VEXO_API boost::shared_ptr<image::BaseImage> convolution2dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border);
+VEXO_API void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                               const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+                               const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                               const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+                               const boost::shared_ptr<const image::Border2dPolicy>& border,
+                               const boost::shared_ptr<image::BaseImage>& outImg);
+
+/// As above, but returns at once. The processor keeps images and kernel alive and a failure of the run until
+/// getAsyncProcessorOutput is called; only values that are refused throw here.
+VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+    bool normalize);
+VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border);
+VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+    bool normalize, const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border,
+    const boost::shared_ptr<image::BaseImage>& outImg);
+/// Waits for the run and returns its output; throws when the run failed.
+VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<Convolution2dImgLvl1>& processor);
+
+}  // namespace vexo::imaproc::filter

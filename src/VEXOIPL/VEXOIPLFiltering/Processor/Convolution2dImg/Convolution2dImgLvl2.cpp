@@ -1,0 +1,57 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLvl2.h"
+
+#include "VEXOCore/Gpu.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgGpuLvl3.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLvl3.h"
+#include "VEXOProcessing/Dispatcher.h"
+#include "VEXOProcessing/ImageSplit.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<Convolution2dImgLvl2> registrator;
+
+}  // namespace
+
+bool Convolution2dImgLvl2::tryToLaunchGpuProcess(
+    const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) const {
+  const auto input = getStorage<attr::InSubImg2d>();
+  if (!core::isGpuSupportActivated() || !input->isGpuImage()) return false;
+  using Next = Convolution2dImgGpuLvl3;
+  constexpr auto pieces = eSubImageSplitType::Plane2d;
+  provider = processor::dispatchPieces<Next>(
+      priority, boost::make_shared<CudaSubImageSplit<Next, attr::InSubGpuImg>>(input, pieces),
+      boost::make_shared<CudaSubImageSplit<Next, attr::OutImg>>(getStorage<attr::OutImg>(), pieces),
+      processor::staticNoSplit<Next, attr::InKnlXY>(getStorage<attr::InKnlXY>()),
+      processor::staticNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
+      processor::staticNoSplit<Next, attr::InConvolBorder2d>(getStorage<attr::InConvolBorder2d>()));
+  return true;
+}
+
+// In place, the margins of each strip are saved before the first strip starts, and the results of a strip
+// stay in a buffer of its own until all of it has been read; but a kernel along X reads each row just before
+// it writes over it.
+BoolResult Convolution2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
+                                                  boost::shared_ptr<core::BaseActionProvider>& provider) {
+  const image::StripMargins margins = kernelMargins(*getStorage<attr::InKnlXY>());
+  if (tryToLaunchGpuProcess(priority, provider)) return true;
+  using Next = Convolution2dImgLvl3;
+  using image::eStripAllocationType;
+  const bool inSitu = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
+  const bool alongX = margins.before[1] == 0 && margins.after[1] == 0;
+  provider = processor::dispatchStrips<Next>(
+      priority,
+      boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
+          getStorage<attr::InSubImg2d>(),
+          inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View, margins),
+      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
+          getStorage<attr::OutImg>(),
+          inSitu && !alongX ? eStripAllocationType::OwnBuffer : eStripAllocationType::View),
+      processor::dynamicNoSplit<Next, attr::InKnlXY>(getStorage<attr::InKnlXY>()),
+      processor::dynamicNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
+      processor::dynamicNoSplit<Next, attr::InConvolBorder2d>(getStorage<attr::InConvolBorder2d>()));
+  return true;
+}
+
+}  // namespace vexo::imaproc::filter
