@@ -1,0 +1,82 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 1, the whole image: makes one kernel for each axis and has the convolution apply them one after the
+/// other, the first from the input into the output, the others in place on the output.
+class VEXO_API GaussianSmoothing3dImgLvl1 final
+    : public processor::ProcessorClass<GaussianSmoothing3dImgLvl1, processor::BaseAsync3Processor> {
+public:
+  using Attributes =
+      processor::AttributeList<attr::InImg3d, attr::InStdDevX, attr::InStdDevY, attr::InStdDevZ,
+                               attr::InOptSmoothingGaussianCoverage, attr::OutImg>;
+  static constexpr auto toolTipId = eProcessorMessage::GaussianSmoothing3dImgLvl1;
+
+private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
+  BoolResult preProcess() override;
+  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
+                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
+                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveThirdProvider(const core::BasePriority& priority,
+                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  void clearIntermediateData() override;
+
+  boost::shared_ptr<core::BaseActionProvider> makePass(
+      const core::BasePriority& priority, const boost::shared_ptr<const image::BaseImage>& from,
+      const boost::shared_ptr<const KernelXYZ>& kernel) const;
+
+  boost::shared_ptr<KernelXYZ> _kernelX, _kernelY, _kernelZ;
+  boost::shared_ptr<const image::Border3dPolicy> _border;
+};
+
+/// Gaussian smoothing of each volume, along X, then Y, then Z; colour planes and time frames are smoothed on
+/// their own. Voxels outside the image are those of the mirrored image (the edge voxel is repeated).
+///
+/// inImg3d: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes;
+/// it may be the input itself. Without it the result has the input's sizes and type.
+/// stdDevX, stdDevY, stdDevZ: standard deviations in samples, not negative; 0 leaves an axis as it is.
+/// stdDev: the same for all axes.
+/// coverage: how far the kernels reach: the part of the Gaussian that they cover, in ]0, 1[, and the largest
+/// half size (0: no limit). Without it they cover 0.997, about 3 deviations to each side. Half sizes go up to
+/// 32767.
+///
+/// An integer output holds the result of one axis before the next is smoothed: each is rounded half away from
+/// zero and keeps the low bits. Sums are taken in single precision: 32-bit integers over 2^24 are rounded to
+/// it, even along an axis that is left as it is.
+///
+/// Throws an exception derived from vexo::BaseException: an image or the coverage is null, a deviation is
+/// negative, not finite or too large for a kernel, the coverage is outside ]0, 1[, the sizes of the output
+/// differ, the output overlaps the input without being the same image. The output is then untouched.
+VEXO_API boost::shared_ptr<image::BaseImage> gaussianSmoothing3dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDev);
+VEXO_API boost::shared_ptr<image::BaseImage> gaussianSmoothing3dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
+    const boost::shared_ptr<const attr::GaussianCoverage>& coverage);
+VEXO_API void gaussianSmoothing3dImg(const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX,
+                                     float stdDevY, float stdDevZ,
+                                     const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
+                                     const boost::shared_ptr<image::BaseImage>& outImg);
+
+/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
+/// getAsyncProcessorOutput is called; only null handles throw here.
+VEXO_API boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDev);
+VEXO_API boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
+    const boost::shared_ptr<const attr::GaussianCoverage>& coverage);
+VEXO_API boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
+    const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
+    const boost::shared_ptr<image::BaseImage>& outImg);
+/// Waits for the run and returns its output; throws when the run failed.
+VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<GaussianSmoothing3dImgLvl1>& processor);
+
+}  // namespace vexo::imaproc::filter
