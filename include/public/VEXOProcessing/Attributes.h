@@ -23,6 +23,14 @@ class InImg3d : public processor::InputImageAttribute<InImg3d> {
 public:
   static constexpr char toolTip[] = "Image to process; each of its volumes is processed on its own";
 };
+class InImg1 : public processor::InputImageAttribute<InImg1> {
+public:
+  static constexpr char toolTip[] = "First image";
+};
+class InImg2 : public processor::InputImageAttribute<InImg2> {
+public:
+  static constexpr char toolTip[] = "Second image";
+};
 class InMaskImg : public processor::InputImageAttribute<InMaskImg> {
 public:
   static constexpr char toolTip[] =
@@ -185,6 +193,30 @@ public:
 class OutYStrip2d : public processor::OutputStripAttribute<OutYStrip2d> {
 public:
   static constexpr char toolTip[] = "Band of rows that receives the result";
+};
+class InYStrip2d1 : public processor::InputStripAttribute<InYStrip2d1> {
+public:
+  static constexpr char toolTip[] = "Band of rows of the first image";
+};
+class InYStrip2d2 : public processor::InputStripAttribute<InYStrip2d2> {
+public:
+  static constexpr char toolTip[] = "Band of rows of the second image";
+};
+class InMaskYStrip2d : public processor::InputStripAttribute<InMaskYStrip2d> {
+public:
+  static constexpr char toolTip[] = "Band of rows of the mask";
+};
+class InZStrip3d1 : public processor::InputStripAttribute<InZStrip3d1> {
+public:
+  static constexpr char toolTip[] = "Band of slices of the first image";
+};
+class InZStrip3d2 : public processor::InputStripAttribute<InZStrip3d2> {
+public:
+  static constexpr char toolTip[] = "Band of slices of the second image";
+};
+class InMaskZStrip3d : public processor::InputStripAttribute<InMaskZStrip3d> {
+public:
+  static constexpr char toolTip[] = "Band of slices of the mask";
 };
 
 }  // namespace vexo::imaproc::attr

@@ -1,0 +1,20 @@
+#include "VEXOIPL/VEXOIPLLogical/VEXOIPLLogicalLog.h"
+
+namespace vexo::imaproc::logic {
+
+VEXOIPLLogicalException::~VEXOIPLLogicalException() = default;
+
+const std::string& getVEXOIPLLogicalLoggerName() {
+  static const std::string name = getBaseLoggerName() + ".VEXOIPLLogical";
+  return name;
+}
+
+log4cplus::Logger getVEXOIPLLogicalLogger() {
+  return getModuleLogger("VEXOIPLLogical");
+}
+
+LogMessageManager& getVEXOIPLLogicalLogMessageManager() {
+  return LogMessageManager::getInstance("VEXOIPLLogical");
+}
+
+}  // namespace vexo::imaproc::logic
