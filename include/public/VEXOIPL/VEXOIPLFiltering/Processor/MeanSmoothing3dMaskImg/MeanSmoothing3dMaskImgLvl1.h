@@ -1,0 +1,67 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 1, the whole image: checks the call, creates the output, sends each volume to level 2.
+class VEXO_API MeanSmoothing3dMaskImgLvl1 final
+    : public processor::ProcessorClass<MeanSmoothing3dMaskImgLvl1, processor::BaseAsync1Processor> {
+public:
+  using Attributes = processor::AttributeList<attr::InImg3d, attr::InBinImg3d, attr::InHalfKnlSizeX,
+                                              attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>;
+  static constexpr auto toolTipId = eProcessorMessage::MeanSmoothing3dMaskImgLvl1;
+
+private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
+  BoolResult retrieveProvider(const core::BasePriority& priority,
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+};
+
+/// Box (moving-average) smoothing of volumes restricted to a mask: each voxel whose mask is not 0 becomes the
+/// mean of those voxels of the (2 halfX + 1) x (2 halfY + 1) x (2 halfZ + 1) around it whose mask is not 0.
+/// The others keep the input's value. Outside the volume, volume and mask are mirrored (the edge voxel is
+/// repeated). Each volume of a multi-channel image or of a time series is smoothed on its own.
+///
+/// inImg3d: any of the seven sample types. inMaskImg3d: the mask, uint8, of the input's sizes. outImg: any of
+/// the seven types, whatever the input's, and the input's sizes; it may be the input or the mask itself,
+/// which costs a copy of it. Without it the result has the input's sizes and type. inHalfKnlSizeX,
+/// inHalfKnlSizeY, inHalfKnlSizeZ: in voxels, from 0 to 32767.
+///
+/// The means are computed in single precision by running sums. In integer outputs they are rounded once, half
+/// away from zero, and keep the low bits; values that are kept saturate. What lies outside the mask enters no
+/// mean; a NaN or an infinity inside it spoils means to its right, below and behind, not only those whose
+/// window holds it.
+///
+/// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
+/// sizes of the output or the mask differ, the mask is not uint8, the output overlaps an input without being
+/// the same image. The output is then untouched.
+VEXO_API boost::shared_ptr<image::BaseImage> meanSmoothing3dMaskImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d,
+    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
+VEXO_API void meanSmoothing3dMaskImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
+                                     const boost::shared_ptr<const image::BaseImage>& inMaskImg3d,
+                                     std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+                                     std::uint32_t inHalfKnlSizeZ,
+                                     const boost::shared_ptr<image::BaseImage>& outImg);
+
+/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
+/// getAsyncProcessorOutput is called; only values that are refused throw here.
+VEXO_API boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d,
+    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
+VEXO_API boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d,
+    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const boost::shared_ptr<image::BaseImage>& outImg);
+/// Waits for the run and returns its output; throws when the run failed.
+VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<MeanSmoothing3dMaskImgLvl1>& processor);
+
+}  // namespace vexo::imaproc::filter

@@ -1,0 +1,85 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dImg/MeanSmoothing3dImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/MeanSmoothing2dImgLvl1.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dImg/MeanSmoothingZ3dImgLvl2.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/Dispatcher.h"
+#include "VEXOProcessing/ImageSplit.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<MeanSmoothing3dImgLvl1> registrator;
+
+}  // namespace
+
+void MeanSmoothing3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                       accessAttribute<attr::InImg3d>());
+}
+
+processor::RulePtr MeanSmoothing3dImgLvl1::createRule() const {
+  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
+}
+
+BoolResult MeanSmoothing3dImgLvl1::retrieveFirstProvider(
+    const core::BasePriority&, boost::shared_ptr<core::BaseActionProvider>& provider) {
+  provider = processor::makeSingleActionProvider(
+      processor::prepareCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                             attr::OutImg>(getStorage<attr::InImg3d>(), getStorage<attr::InHalfKnlSizeX>(),
+                                           getStorage<attr::InHalfKnlSizeY>(), getStorage<attr::OutImg>()));
+  return true;
+}
+
+// Works in place, on the smoothed slices. A window of one slice changes nothing.
+BoolResult MeanSmoothing3dImgLvl1::retrieveSecondProvider(
+    const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
+  using Next = MeanSmoothingZ3dImgLvl2;
+  if (getStorage<attr::InHalfKnlSizeZ>() == 0) return true;
+  provider = processor::dispatchPieces<Next>(
+      priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::OutImg>()),
+      volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeZ>(getStorage<attr::InHalfKnlSizeZ>()));
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> meanSmoothing3dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
+  return processor::runCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                            attr::InHalfKnlSizeZ>(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ)
+      ->getStorage<attr::OutImg>();
+}
+
+void meanSmoothing3dImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
+                        std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+                        std::uint32_t inHalfKnlSizeZ, const boost::shared_ptr<image::BaseImage>& outImg) {
+  processor::runCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                     attr::InHalfKnlSizeZ, attr::OutImg>(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY,
+                                                         inHalfKnlSizeZ, outImg);
+}
+
+boost::shared_ptr<MeanSmoothing3dImgLvl1> meanSmoothing3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
+  return processor::startCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX,
+                              attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>(inImg3d, inHalfKnlSizeX,
+                                                                          inHalfKnlSizeY, inHalfKnlSizeZ);
+}
+
+boost::shared_ptr<MeanSmoothing3dImgLvl1> meanSmoothing3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const boost::shared_ptr<image::BaseImage>& outImg) {
+  return processor::startCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX,
+                              attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>(
+      inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<MeanSmoothing3dImgLvl1>& processor) {
+  return processor::awaitOutput<attr::OutImg>(processor);
+}
+
+}  // namespace vexo::imaproc::filter

@@ -1,0 +1,83 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dMaskImg/MeanSmoothing3dMaskImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dMaskImg/MeanSmoothing3dMaskImgLvl2.h"
+#include "VEXOIPL/VEXOIPLLogical/MaskRule.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/Dispatcher.h"
+#include "VEXOProcessing/ImageSplit.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<MeanSmoothing3dMaskImgLvl1> registrator;
+
+}  // namespace
+
+void MeanSmoothing3dMaskImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                       accessAttribute<attr::InImg3d>());
+}
+
+processor::RulePtr MeanSmoothing3dMaskImgLvl1::createRule() const {
+  return logic::matchMask(accessAttribute<attr::InImg3d>(), accessAttribute<attr::InBinImg3d>()) &&
+         matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
+}
+
+BoolResult MeanSmoothing3dMaskImgLvl1::retrieveProvider(
+    const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
+  using Next = MeanSmoothing3dMaskImgLvl2;
+  provider = processor::dispatchPieces<Next>(
+      priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::InImg3d>()),
+      volumeSplit<Next, attr::InSubBinImg3d>(getStorage<attr::InBinImg3d>()),
+      volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeZ>(getStorage<attr::InHalfKnlSizeZ>()));
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> meanSmoothing3dMaskImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d,
+    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
+  return processor::runCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d, attr::InHalfKnlSizeX,
+                            attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>(inImg3d, inMaskImg3d, inHalfKnlSizeX,
+                                                                        inHalfKnlSizeY, inHalfKnlSizeZ)
+      ->getStorage<attr::OutImg>();
+}
+
+void meanSmoothing3dMaskImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
+                            const boost::shared_ptr<const image::BaseImage>& inMaskImg3d,
+                            std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+                            std::uint32_t inHalfKnlSizeZ, const boost::shared_ptr<image::BaseImage>& outImg) {
+  processor::runCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d, attr::InHalfKnlSizeX,
+                     attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>(
+      inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
+}
+
+boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d,
+    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
+  return processor::startCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d,
+                              attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>(
+      inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
+}
+
+boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg3d,
+    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const boost::shared_ptr<image::BaseImage>& outImg) {
+  return processor::startCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d,
+                              attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>(
+      inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<MeanSmoothing3dMaskImgLvl1>& processor) {
+  return processor::awaitOutput<attr::OutImg>(processor);
+}
+
+}  // namespace vexo::imaproc::filter
