@@ -8,6 +8,8 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <thread>
 
@@ -203,7 +205,25 @@ std::string processorName() {
   return "unknown processor";
 }
 
+/// Medians of the volume filters of SciPy, by case and type, from a child process; empty where it cannot run.
+std::map<std::string, double> timeVolumePeers() {
+  std::map<std::string, double> times;
+  std::unique_ptr<FILE, int (*)(FILE*)> child(
+      popen("/usr/bin/python3 " VEXO_VOLUMES_SCRIPT " 2>/dev/null", "r"), pclose);
+  std::string text;
+  for (int c = 0; child && (c = std::fgetc(child.get())) != EOF;) text += static_cast<char>(c);
+  const auto json = nlohmann::json::parse(text, nullptr, false);
+  if (json.is_object())
+    for (const auto& [name, milliseconds] : json.items()) times[name] = milliseconds.get<double>();
+  return times;
+}
+
 void printTable(MedianReporter& medians) {
+  const bool volumes = std::any_of(cases().begin(), cases().end(), [&](const Case& line) {
+    return line.geometry.z > 1 && medians.median(caseName(line, 1, "ours")) > 0;
+  });
+  const std::map<std::string, double> volumePeers =
+      volumes ? timeVolumePeers() : std::map<std::string, double>();
   std::printf("%s, %u processors\n\n", processorName().c_str(), std::thread::hardware_concurrency());
   std::printf(
       "| filter | type | size | threads | ours ms | peer ms | ours / peer | ours / memcpy | 1 thread / this "
@@ -213,7 +233,9 @@ void printTable(MedianReporter& medians) {
     for (const int threads : {1, 2}) {
       const double ours = medians.median(caseName(line, threads, "ours"));
       if (ours == 0) continue;
-      const double peer = medians.median(caseName(line, threads, "peer"));
+      double peer = medians.median(caseName(line, threads, "peer"));
+      const auto volumePeer = volumePeers.find(line.filter + "/" + toString(line.type));
+      if (volumePeer != volumePeers.end() && threads == 1) peer = volumePeer->second;
       const double copy = medians.median(caseName(line, threads, "memcpy"));
       const double one = medians.median(caseName(line, 1, "ours"));
       std::printf("| %s | %s | %s | %d | %.2f | ", line.filter.c_str(), toString(line.type),

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Times the volume filters of scipy.ndimage, the peer of the benchmark's volumes, in one thread.
 
-Prints {case: median milliseconds} as JSON, e.g. {"mean 3d, half 1/uint8": 12.3, ...}. Ours are timed by
-vexo_bench; --vexo names that program, which must exist, so that one command line serves both.
+Prints {case: median milliseconds} as JSON, e.g. {"mean 3d, half 1/uint8": 12.3, ...}. vexo_bench starts it when volumes
+are among its cases, and times ours.
 """
 
 import argparse
@@ -63,12 +63,9 @@ def median_milliseconds(work, repetitions):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--vexo", metavar="PATH", help="the program that times our filters; only checked to exist")
     parser.add_argument("--size", type=int, default=SIZE, help="edge of the volume (default %(default)s)")
     parser.add_argument("--repetitions", type=int, default=5, help="runs of each case (default %(default)s)")
     arguments = parser.parse_args()
-    if arguments.vexo and not os.access(arguments.vexo, os.X_OK):
-        parser.error(f"--vexo: {arguments.vexo} is not a program")
     if arguments.size < 1 or arguments.repetitions < 1:
         parser.error("--size and --repetitions start at 1")
 

@@ -1,5 +1,7 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/MeanSmoothing2dImgLvl1.h"
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/BoxKernel.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/MeanSmoothing2dImgLvl2.h"
 #include "VEXOProcessing/Call.h"
 #include "VEXOProcessing/Dispatcher.h"
@@ -25,9 +27,31 @@ processor::RulePtr MeanSmoothing2dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
 }
 
-// The choice of implementation; here there is one. Each plane is a piece, the half sizes go to all of them.
+namespace {
+
+// On the GPU the mean is a convolution with a box of ones.
+boost::shared_ptr<core::BaseActionProvider> convolveOnGpu(const MeanSmoothing2dImgLvl1& mean,
+                                                          const core::BasePriority& priority) {
+  using Next = Convolution2dImgLvl2;
+  const auto box =
+      makeBoxKernel(mean.getStorage<attr::InHalfKnlSizeX>(), mean.getStorage<attr::InHalfKnlSizeY>());
+  return processor::dispatchPieces<Next>(
+      priority, planeSplit<Next, attr::InSubImg2d>(mean.getStorage<attr::InImg>()),
+      planeSplit<Next, attr::OutImg>(mean.getStorage<attr::OutImg>()),
+      processor::staticNoSplit<Next, attr::InConvolBorder2d>(image::mirorBorder2d()),
+      processor::staticNoSplit<Next, attr::InNormalize>(true),
+      processor::staticNoSplit<Next, attr::InKnlXY>(box));
+}
+
+}  // namespace
+
+// The choice of implementation. On the host each plane is a piece, the half sizes go to all of them.
 BoolResult MeanSmoothing2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
+  if (getStorage<attr::InImg>()->isGpuImage()) {
+    provider = convolveOnGpu(*this, priority);
+    return true;
+  }
   using Next = MeanSmoothing2dImgLvl2;
   provider = processor::dispatchPieces<Next>(
       priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),

@@ -1,5 +1,7 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dImg/MeanSmoothing3dImgLvl1.h"
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution3dImg/Convolution3dImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/BoxKernel.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/MeanSmoothing2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dImg/MeanSmoothingZ3dImgLvl2.h"
 #include "VEXOProcessing/Call.h"
@@ -23,8 +25,21 @@ processor::RulePtr MeanSmoothing3dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
 }
 
+// On the GPU one normalised convolution with a box of ones does all of it, and the second provider nothing.
 BoolResult MeanSmoothing3dImgLvl1::retrieveFirstProvider(
-    const core::BasePriority&, boost::shared_ptr<core::BaseActionProvider>& provider) {
+    const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
+  if (getStorage<attr::InImg3d>()->isGpuImage()) {
+    using Next = Convolution3dImgLvl2;
+    const auto box = makeBoxKernel(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>(),
+                                   getStorage<attr::InHalfKnlSizeZ>());
+    provider = processor::dispatchPieces<Next>(
+        priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::InImg3d>()),
+        volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
+        processor::staticNoSplit<Next, attr::InConvolBorder3d>(image::mirorBorder3d()),
+        processor::staticNoSplit<Next, attr::InNormalize>(true),
+        processor::staticNoSplit<Next, attr::InKnlXYZ>(box));
+    return true;
+  }
   provider = processor::makeSingleActionProvider(
       processor::prepareCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                              attr::OutImg>(getStorage<attr::InImg3d>(), getStorage<attr::InHalfKnlSizeX>(),
@@ -36,7 +51,7 @@ BoolResult MeanSmoothing3dImgLvl1::retrieveFirstProvider(
 BoolResult MeanSmoothing3dImgLvl1::retrieveSecondProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
   using Next = MeanSmoothingZ3dImgLvl2;
-  if (getStorage<attr::InHalfKnlSizeZ>() == 0) return true;
+  if (getStorage<attr::InHalfKnlSizeZ>() == 0 || getStorage<attr::InImg3d>()->isGpuImage()) return true;
   provider = processor::dispatchPieces<Next>(
       priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::OutImg>()),
       volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),

@@ -151,10 +151,11 @@ TEST(MeanSmoothing3d, NanSpreadsRightDownAndBackwardOnly) {
   setSample(*in, std::numeric_limits<double>::quiet_NaN(), 10, 9, 20);
   const ImagePtr out = smooth(in, {2, 3, 1}, eImageBufferType::Real32);
   forEachSample(out->getGeometry(), [&](auto x, auto y, auto z, auto, auto) {
-    if (x < 8 || y < 6 || z < 19)
+    if (x < 8 || y < 6 || z < 19) {
       EXPECT_EQ(getSample(*out, x, y, z), getSample(*clean, x, y, z)) << x << " " << y << " " << z;
-    else if (x <= 12 && y <= 12 && z <= 21)
+    } else if (x <= 12 && y <= 12 && z <= 21) {
       EXPECT_TRUE(std::isnan(getSample(*out, x, y, z))) << x << " " << y << " " << z;
+    }
   });
 }
 
