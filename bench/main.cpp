@@ -1,4 +1,5 @@
-// Runs every case with one thread and with two, ours and the peer's by turns, and prints a table of medians.
+// Runs every case with one thread and with two: ours, memcpy and the peer's, one after another. Prints
+// medians.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -270,13 +271,6 @@ AddCase::AddCase(Case line) {
 }  // namespace vexo::bench
 
 int main(int argc, char** argv) {
-  // By turns, so that a slow moment of the machine does not fall on one side.
-  std::vector<char*> words(argv, argv + argc);
-  char byTurns[] = "--benchmark_enable_random_interleaving=true";
-  words.insert(words.begin() + 1, byTurns);
-  argc = static_cast<int>(words.size());
-  words.push_back(nullptr);
-  argv = words.data();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   vexo::bench::registerCases();
