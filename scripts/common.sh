@@ -4,7 +4,16 @@ project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages=(g++ cmake ninja-build pkg-config ccache libboost-dev liblog4cplus-dev libtbb-dev libtiff-dev libpng-dev
   nlohmann-json3-dev libcli11-dev)
 
-# Installs those of the named Debian packages that are missing; as root, or with sudo.
+# Runs a command as root, with sudo where that is not who we are.
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+refresh_package_lists() {
+  as_root apt-get update -qq
+}
+
+# Installs those of the named Debian packages that are missing.
 install_packages() {
   local missing=() package
   for package in "$@"; do
@@ -12,10 +21,8 @@ install_packages() {
   done
   [ ${#missing[@]} -eq 0 ] && return
   echo "Installing ${missing[*]}"
-  local as_root=()
-  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-  "${as_root[@]}" apt-get update -qq
-  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+  refresh_package_lists
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
 # build <preset> [cmake options]: configures and builds into build/<preset>.

@@ -11,11 +11,8 @@ image=$demo/images/usr/lib/python3/dist-packages/skimage/data/cell.png
 if [ ! -f "$image" ]; then
   # Only the image is wanted: the package is unpacked, not installed, so that its dependencies stay out.
   mkdir -p "$demo/package"
-  [ -n "$(apt-cache policy python3-skimage 2> /dev/null)" ] || install_packages ca-certificates
-  if ! (cd "$demo/package" && apt-get download -qq python3-skimage 2> /dev/null); then
-    as_root=()
-    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-    "${as_root[@]}" apt-get update -qq
+  if ! (cd "$demo/package" && apt-get download -qq python3-skimage); then
+    refresh_package_lists
     (cd "$demo/package" && apt-get download -qq python3-skimage)
   fi
   dpkg -x "$demo"/package/python3-skimage_*.deb "$demo/images"

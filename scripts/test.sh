@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-install_packages "${build_packages[@]}" libgtest-dev libgmock-dev python3-minimal
+install_packages "${build_packages[@]}" libgtest-dev libgmock-dev python3
 
 presets=("$@")
 [ ${#presets[@]} -gt 0 ] || presets=(release asan tsan)
