@@ -25,9 +25,12 @@ install_packages() {
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# build <preset> [cmake options]: configures and builds into build/<preset>.
+# build <preset> [cmake options]: configures and builds into build/<preset>; only the targets in build_targets, when
+# there are any.
+build_targets=()
 build() {
   local preset=$1
   shift
-  (cd "$project" && cmake --preset "$preset" "$@" > /dev/null && cmake --build --preset "$preset")
+  (cd "$project" && cmake --preset "$preset" "$@" > /dev/null &&
+    cmake --build --preset "$preset" ${build_targets[@]:+--target "${build_targets[@]}"})
 }
