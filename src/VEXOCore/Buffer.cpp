@@ -4,7 +4,7 @@
 
 #include <boost/thread/mutex.hpp>
 #include <cstdlib>
-#include <map>
+#include <deque>
 
 #include "VEXOCore/Log.h"
 
@@ -39,18 +39,22 @@ void* mapLarge(std::size_t size) {
   return data;
 }
 
-/// Released large blocks, by size. First touch of fresh memory costs more than most filters, so they are
-/// kept.
+/// Released large blocks, oldest first. First touch of fresh memory costs more than most filters, so they are
+/// kept; when there are too many, those go that were not asked for the longest time.
 class Recycler {
 public:
   void* take(std::size_t& size) {
     boost::mutex::scoped_lock lock(_mutex);
-    const auto found = _blocks.lower_bound(size);
-    // A block that is much too large would only hide memory from the next caller.
-    if (found == _blocks.end() || found->first - size > size / 8) return nullptr;
-    size = found->first;
-    void* data = found->second;
-    _blocks.erase(found);
+    auto best = _blocks.end();
+    for (auto block = _blocks.begin(); block != _blocks.end(); ++block)
+      // A block that is much too large would only hide memory from the next caller.
+      if (block->size >= size && block->size - size <= size / 8 &&
+          (best == _blocks.end() || block->size < best->size))
+        best = block;
+    if (best == _blocks.end()) return nullptr;
+    size = best->size;
+    void* data = best->data;
+    _blocks.erase(best);
     _kept -= size;
     return data;
   }
@@ -61,7 +65,7 @@ public:
       return;
     }
     shrinkTo(_limit - size);
-    _blocks.emplace(size, data);
+    _blocks.push_back({data, size});
     _kept += size;
   }
   void setLimit(std::size_t bytes) {
@@ -79,16 +83,19 @@ public:
   }
 
 private:
+  struct Block {
+    void* data;
+    std::size_t size;
+  };
   void shrinkTo(std::size_t bytes) {
     while (_kept > bytes) {
-      const auto largest = std::prev(_blocks.end());
-      munmap(largest->second, largest->first);
-      _kept -= largest->first;
-      _blocks.erase(largest);
+      munmap(_blocks.front().data, _blocks.front().size);
+      _kept -= _blocks.front().size;
+      _blocks.pop_front();
     }
   }
   mutable boost::mutex _mutex;
-  std::multimap<std::size_t, void*> _blocks;
+  std::deque<Block> _blocks;
   std::size_t _kept = 0;
   std::size_t _limit = std::size_t(256) << 20;
 };

@@ -105,6 +105,15 @@ TEST_F(Recycling, NeverKeepsMoreThanItsLimit) {
   EXPECT_EQ(getRecycledMemory(), 0u);
 }
 
+TEST_F(Recycling, KeepsTheLargeBlockThatIsInUse) {
+  // A large image made again and again among many small ones of different sizes.
+  void* large = allocateBlock(16 * mebi).get();
+  for (std::size_t size = 1; size <= 12; ++size) {
+    allocateBlock(size * mebi);
+    EXPECT_EQ(allocateBlock(16 * mebi).get(), large) << size;
+  }
+}
+
 TEST_F(Recycling, NoBlockHasTwoOwners) {
   std::vector<std::thread> threads;
   for (unsigned id = 1; id <= 4; ++id)
