@@ -90,6 +90,18 @@ struct KernelObject {
   InstructionSetsIdentifier sets;
   const KernelTable& table;
 };
+/// Those of a third-level class: its kernel source, as compiled for each instruction set.
+template <class Lvl3>
+std::vector<KernelObject> kernelObjects() {
+  return {
+    {{eIS_Standard}, portable::Kernels<Lvl3>::table()},
+#if defined(__x86_64__)
+        {{eIS_SSE2}, sse2::Kernels<Lvl3>::table()}, {{eIS_AVX}, avx::Kernels<Lvl3>::table()},
+        {{eIS_AVX2}, avx2::Kernels<Lvl3>::table()}, {{eIS_AVX512}, avx512::Kernels<Lvl3>::table()},
+#endif
+  };
+}
+
 /// Registers the functions of kernel objects with a third-level class while it exists: those that the
 /// processor can run.
 class VEXO_API KernelRegistrator {

@@ -41,3 +41,38 @@ struct KernelTable {
 };
 
 }  // namespace vexo::processor
+
+// A kernel source defines Kernels<the third-level class>::table() of the instruction set that it is compiled
+// for.
+namespace vexo {
+namespace portable {
+template <class Lvl3>
+struct Kernels {
+  static const processor::KernelTable& table();
+};
+}  // namespace portable
+namespace sse2 {
+template <class Lvl3>
+struct Kernels {
+  static const processor::KernelTable& table();
+};
+}  // namespace sse2
+namespace avx {
+template <class Lvl3>
+struct Kernels {
+  static const processor::KernelTable& table();
+};
+}  // namespace avx
+namespace avx2 {
+template <class Lvl3>
+struct Kernels {
+  static const processor::KernelTable& table();
+};
+}  // namespace avx2
+namespace avx512 {
+template <class Lvl3>
+struct Kernels {
+  static const processor::KernelTable& table();
+};
+}  // namespace avx512
+}  // namespace vexo

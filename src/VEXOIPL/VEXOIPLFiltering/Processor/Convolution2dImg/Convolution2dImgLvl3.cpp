@@ -2,34 +2,12 @@
 
 #include "VEXOProcessing/ProcessorFactory.h"
 
-namespace vexo {
-namespace portable {
-extern const processor::KernelTable convolution2dImg;
-}
-namespace sse2 {
-extern const processor::KernelTable convolution2dImg;
-}
-namespace avx {
-extern const processor::KernelTable convolution2dImg;
-}
-namespace avx2 {
-extern const processor::KernelTable convolution2dImg;
-}
-namespace avx512 {
-extern const processor::KernelTable convolution2dImg;
-}
-}  // namespace vexo
-
 namespace vexo::imaproc::filter {
 namespace {
 
 const processor::ProcessorRegistrator<Convolution2dImgLvl3> registrator;
 const processor::KernelRegistrator kernels(Convolution2dImgLvl3::retrieveFunctionSelector(),
-                                           {{{eIS_Standard}, portable::convolution2dImg},
-                                            {{eIS_SSE2}, sse2::convolution2dImg},
-                                            {{eIS_AVX}, avx::convolution2dImg},
-                                            {{eIS_AVX2}, avx2::convolution2dImg},
-                                            {{eIS_AVX512}, avx512::convolution2dImg}});
+                                           processor::kernelObjects<Convolution2dImgLvl3>());
 
 }  // namespace
 

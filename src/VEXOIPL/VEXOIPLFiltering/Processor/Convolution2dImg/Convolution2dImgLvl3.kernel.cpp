@@ -3,10 +3,17 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/ConvolutionKernel.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
+namespace vexo::imaproc::filter {
+class Convolution2dImgLvl3;
+}
+
 namespace vexo::VEXO_KERNEL_SET {
 
-extern const processor::KernelTable convolution2dImg;
-constexpr processor::KernelTable convolution2dImg =
-    makeFloatLineTable<eConversion::Wrap>(convolve, convolutionScratchSize);
+template <>
+const processor::KernelTable& Kernels<imaproc::filter::Convolution2dImgLvl3>::table() {
+  static constexpr processor::KernelTable table =
+      makeFloatLineTable<eConversion::Wrap>(convolve, convolutionScratchSize);
+  return table;
+}
 
 }  // namespace vexo::VEXO_KERNEL_SET

@@ -9,9 +9,11 @@
 #include "VEXOProcessing/Kernel/RunningSum.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
-namespace vexo::VEXO_KERNEL_SET {
+namespace vexo::imaproc::filter {
+class MeanSmoothing2dImgLvl3;
+}
 
-extern const processor::KernelTable meanSmoothing2dImg;
+namespace vexo::VEXO_KERNEL_SET {
 
 namespace {
 
@@ -39,7 +41,11 @@ const char* meanSmoothing(const ProcessingInfo& info) {
 
 }  // namespace
 
-constexpr processor::KernelTable meanSmoothing2dImg =
-    makeFloatLineTable<eConversion::Wrap>(meanSmoothing, scratchSize);
+template <>
+const processor::KernelTable& Kernels<imaproc::filter::MeanSmoothing2dImgLvl3>::table() {
+  static constexpr processor::KernelTable table =
+      makeFloatLineTable<eConversion::Wrap>(meanSmoothing, scratchSize);
+  return table;
+}
 
 }  // namespace vexo::VEXO_KERNEL_SET

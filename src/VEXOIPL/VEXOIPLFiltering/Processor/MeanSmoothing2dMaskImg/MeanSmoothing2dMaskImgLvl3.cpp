@@ -2,30 +2,12 @@
 
 #include "VEXOProcessing/ProcessorFactory.h"
 
-namespace vexo {
-namespace portable {
-extern const processor::KernelTable meanSmoothing2dMaskImg;
-}
-namespace sse2 {
-extern const processor::KernelTable meanSmoothing2dMaskImg;
-}
-namespace avx2 {
-extern const processor::KernelTable meanSmoothing2dMaskImg;
-}
-namespace avx512 {
-extern const processor::KernelTable meanSmoothing2dMaskImg;
-}
-}  // namespace vexo
-
 namespace vexo::imaproc::filter {
 namespace {
 
 const processor::ProcessorRegistrator<MeanSmoothing2dMaskImgLvl3> registrator;
 const processor::KernelRegistrator kernels(MeanSmoothing2dMaskImgLvl3::retrieveFunctionSelector(),
-                                           {{{eIS_Standard}, portable::meanSmoothing2dMaskImg},
-                                            {{eIS_SSE2}, sse2::meanSmoothing2dMaskImg},
-                                            {{eIS_AVX2}, avx2::meanSmoothing2dMaskImg},
-                                            {{eIS_AVX512}, avx512::meanSmoothing2dMaskImg}});
+                                           processor::kernelObjects<MeanSmoothing2dMaskImgLvl3>());
 
 }  // namespace
 

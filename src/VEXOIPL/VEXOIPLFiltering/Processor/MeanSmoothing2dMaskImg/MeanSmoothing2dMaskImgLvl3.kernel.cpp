@@ -3,9 +3,11 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dMaskImg/MaskedSums.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
-namespace vexo::VEXO_KERNEL_SET {
+namespace vexo::imaproc::filter {
+class MeanSmoothing2dMaskImgLvl3;
+}
 
-extern const processor::KernelTable meanSmoothing2dMaskImg;
+namespace vexo::VEXO_KERNEL_SET {
 
 namespace {
 
@@ -43,7 +45,11 @@ const char* meanSmoothingMask(const ProcessingInfo& info) {
 
 }  // namespace
 
-constexpr processor::KernelTable meanSmoothing2dMaskImg =
-    makeFloatLineTable<eConversion::Wrap>(meanSmoothingMask, scratchSize);
+template <>
+const processor::KernelTable& Kernels<imaproc::filter::MeanSmoothing2dMaskImgLvl3>::table() {
+  static constexpr processor::KernelTable table =
+      makeFloatLineTable<eConversion::Wrap>(meanSmoothingMask, scratchSize);
+  return table;
+}
 
 }  // namespace vexo::VEXO_KERNEL_SET

@@ -10,9 +10,11 @@
 #include "VEXOProcessing/Kernel/RunningSum.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
-namespace vexo::VEXO_KERNEL_SET {
+namespace vexo::imaproc::filter {
+class MeanSmoothingZ3dImgLvl3;
+}
 
-extern const processor::KernelTable meanSmoothingZ3dImg;
+namespace vexo::VEXO_KERNEL_SET {
 
 namespace {
 
@@ -74,7 +76,11 @@ const char* meanSmoothingZ(const ProcessingInfo& info) {
 
 }  // namespace
 
-constexpr processor::KernelTable meanSmoothingZ3dImg =
-    makeFloatLineTable<eConversion::Wrap>(meanSmoothingZ, scratchSize);
+template <>
+const processor::KernelTable& Kernels<imaproc::filter::MeanSmoothingZ3dImgLvl3>::table() {
+  static constexpr processor::KernelTable table =
+      makeFloatLineTable<eConversion::Wrap>(meanSmoothingZ, scratchSize);
+  return table;
+}
 
 }  // namespace vexo::VEXO_KERNEL_SET

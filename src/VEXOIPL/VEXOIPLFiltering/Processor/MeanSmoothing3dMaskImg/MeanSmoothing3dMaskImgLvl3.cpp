@@ -2,30 +2,12 @@
 
 #include "VEXOProcessing/ProcessorFactory.h"
 
-namespace vexo {
-namespace portable {
-extern const processor::KernelTable meanSmoothing3dMaskImg;
-}
-namespace sse2 {
-extern const processor::KernelTable meanSmoothing3dMaskImg;
-}
-namespace avx2 {
-extern const processor::KernelTable meanSmoothing3dMaskImg;
-}
-namespace avx512 {
-extern const processor::KernelTable meanSmoothing3dMaskImg;
-}
-}  // namespace vexo
-
 namespace vexo::imaproc::filter {
 namespace {
 
 const processor::ProcessorRegistrator<MeanSmoothing3dMaskImgLvl3> registrator;
 const processor::KernelRegistrator kernels(MeanSmoothing3dMaskImgLvl3::retrieveFunctionSelector(),
-                                           {{{eIS_Standard}, portable::meanSmoothing3dMaskImg},
-                                            {{eIS_SSE2}, sse2::meanSmoothing3dMaskImg},
-                                            {{eIS_AVX2}, avx2::meanSmoothing3dMaskImg},
-                                            {{eIS_AVX512}, avx512::meanSmoothing3dMaskImg}});
+                                           processor::kernelObjects<MeanSmoothing3dMaskImgLvl3>());
 
 }  // namespace
 

@@ -7,9 +7,11 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dMaskImg/MaskedSums.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
-namespace vexo::VEXO_KERNEL_SET {
+namespace vexo::imaproc::filter {
+class MeanSmoothing3dMaskImgLvl3;
+}
 
-extern const processor::KernelTable meanSmoothing3dMaskImg;
+namespace vexo::VEXO_KERNEL_SET {
 
 namespace {
 
@@ -106,7 +108,11 @@ const char* meanSmoothingMask(const ProcessingInfo& info) {
 
 }  // namespace
 
-constexpr processor::KernelTable meanSmoothing3dMaskImg =
-    makeFloatLineTable<eConversion::Wrap>(meanSmoothingMask, scratchSize);
+template <>
+const processor::KernelTable& Kernels<imaproc::filter::MeanSmoothing3dMaskImgLvl3>::table() {
+  static constexpr processor::KernelTable table =
+      makeFloatLineTable<eConversion::Wrap>(meanSmoothingMask, scratchSize);
+  return table;
+}
 
 }  // namespace vexo::VEXO_KERNEL_SET
