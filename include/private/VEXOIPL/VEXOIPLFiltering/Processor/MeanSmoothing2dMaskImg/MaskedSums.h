@@ -11,6 +11,7 @@ namespace vexo::VEXO_KERNEL_SET {
 namespace {
 
 using UIntV = unsigned __attribute__((vector_size(sizeof(FloatV))));
+using ShortSumV = unsigned short __attribute__((vector_size(sizeof(FloatV))));
 using HalfShortV = unsigned short __attribute__((vector_size(sizeof(FloatV) / 2)));
 
 /// The lanes moved up by k places, zeros below.
@@ -38,21 +39,43 @@ inline UIntV spreadLast(UIntV v) {
 #endif
 }
 
+/// Each lane with all lanes below it.
+template <class V>
+inline V addLanesBelow(V v) {
+  constexpr int lanes = lanesOf<FloatV>;
+  v += V(moveUp<1>(UIntV(v)));
+  v += V(moveUp<2>(UIntV(v)));
+  if constexpr (lanes > 4) v += V(moveUp<4>(UIntV(v)));
+  if constexpr (lanes > 8) v += V(moveUp<lanes / 2>(UIntV(v)));
+  return v;
+}
+
+constexpr ptrdiff_t columnsAtOnce = 2 * lanesOf<FloatV>;
+
 /// prefixes[i] = values[0] + ... + values[i - 1], modulo 2^32, for i up to n; reads and writes whole vectors.
 inline void addPrefixes(unsigned* prefixes, const unsigned short* values, ptrdiff_t n) {
-  constexpr ptrdiff_t lanes = lanesOf<FloatV>;
   prefixes[0] = 0;
   UIntV before = {};
-  for (ptrdiff_t i = 0; i < n; i += lanes) {
+  for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
     HalfShortV shorts;
     __builtin_memcpy(&shorts, values + i, sizeof shorts);
-    UIntV v = __builtin_convertvector(shorts, UIntV);
-    v += moveUp<1>(v);
-    v += moveUp<2>(v);
-    if constexpr (lanes > 4) v += moveUp<4>(v);
-    if constexpr (lanes > 8) v += moveUp<lanes / 2>(v);
-    v += before;
+    const UIntV v = addLanesBelow(__builtin_convertvector(shorts, UIntV)) + before;
     before = spreadLast(v);
+    __builtin_memcpy(prefixes + 1 + i, &v, sizeof v);
+  }
+}
+/// The same modulo 2^16, in half the time: two values share a lane.
+inline void addPrefixes(unsigned short* prefixes, const unsigned short* values, ptrdiff_t n) {
+  prefixes[0] = 0;
+  ShortSumV before = {};
+  for (ptrdiff_t i = 0; i < n; i += columnsAtOnce) {
+    UIntV pairs;
+    __builtin_memcpy(&pairs, values + i, sizeof pairs);
+    pairs += pairs << 16;  // the upper value becomes the sum of both
+    const ShortSumV sums = ShortSumV((pairs >> 16) | (pairs & 0xffff0000u));
+    const ShortSumV upTo = addLanesBelow(sums);
+    const ShortSumV v = ShortSumV(pairs) + (upTo - sums) + before;
+    before += ShortSumV(spreadLast(UIntV(upTo)));
     __builtin_memcpy(prefixes + 1 + i, &v, sizeof v);
   }
 }
@@ -75,6 +98,7 @@ class MaskCounter {
 public:
   MaskCounter(const image::StripSource& mask, ptrdiff_t width, unsigned char* scratch) : _mask(mask) {
     _knlSizeX = mask.marginBefore[0] + mask.marginAfter[0] + 1;
+    _small = _knlSizeX * (mask.marginBefore[1] + mask.marginAfter[1] + 1) <= 65535;
     const ptrdiff_t length = lengthOf(mask, width);
     _prefixes = reinterpret_cast<unsigned*>(scratch);
     _counts = _prefixes + length;
@@ -92,21 +116,28 @@ public:
     const ptrdiff_t span = n + _knlSizeX - 1;
     const ptrdiff_t above = y - _mask.marginBefore[1], below = y + _mask.marginAfter[1];
     if (!_started) {
-      __builtin_memset(_columns, 0, size_t(roundUp(span, lanesOf<FloatV>)) * sizeof(unsigned short));
+      __builtin_memset(_columns, 0, size_t(roundUp(span, columnsAtOnce)) * sizeof(unsigned short));
       for (ptrdiff_t i = above; i < below; ++i) addRow<1>(x, i, z, span);
     } else {
       addRow<-1>(x, above - 1, z, span);
     }
     _started = true;
     addRow<1>(x, below, z, span);
-    addPrefixes(_prefixes, _columns, span);
-    for (ptrdiff_t i = 0; i < n; ++i) _counts[i] = _prefixes[i + _knlSizeX] - _prefixes[i];
+    if (_small)
+      countFromPrefixes(reinterpret_cast<unsigned short*>(_prefixes), n);
+    else
+      countFromPrefixes(_prefixes, n);
     return _counts;
   }
 
 private:
   static ptrdiff_t lengthOf(const image::StripSource& mask, ptrdiff_t width) {
-    return roundUp(width + mask.marginBefore[0] + mask.marginAfter[0] + 1, cacheLineFloats) + cacheLineFloats;
+    return roundUp(width + mask.marginBefore[0] + mask.marginAfter[0], columnsAtOnce) + cacheLineFloats;
+  }
+  template <class T>
+  void countFromPrefixes(T* prefixes, ptrdiff_t n) {
+    addPrefixes(prefixes, _columns, n + _knlSizeX - 1);
+    for (ptrdiff_t i = 0; i < n; ++i) _counts[i] = T(prefixes[i + _knlSizeX] - prefixes[i]);
   }
   template <int step>
   void addRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t span) {
@@ -121,6 +152,7 @@ private:
 
   const image::StripSource& _mask;
   ptrdiff_t _knlSizeX;
+  bool _small;  ///< the number of samples in a window fits 16 bits
   bool _started = false;
   unsigned *_prefixes, *_counts;
   unsigned short* _columns;  ///< a column of a window has at most 65535 samples
@@ -134,6 +166,7 @@ struct MaskedSamples {
   unsigned char* mask;  ///< a line, for its margins
   void load(float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) const {
     info.loaders[0](line, info.sources[0], x, y, z, n);
+    prefetch(x, y + groupRows, z, n);
     visitMask(info.sources[1], x, y, z, n, mask,
               [line](ptrdiff_t offset, const unsigned char* bytes, ptrdiff_t count) {
                 float* samples = line + offset;
@@ -142,6 +175,15 @@ struct MaskedSamples {
   }
   void store(const float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) const {
     info.storers[0](info.targets[0], line, x, y, z, n);
+  }
+
+private:
+  /// A row of the mask, which the next group of rows reads.
+  void prefetch(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) const {
+    const image::StripSource& s = info.sources[1];
+    const unsigned char* row = image::sourceRow(s, smaller(y, s.end[1] + s.marginAfter[1] - 1), z);
+    for (ptrdiff_t i = larger(x, 0); i < smaller(x + n, s.size[0]); i += cacheLine)
+      __builtin_prefetch(row + i, 0, 2);
   }
 };
 
@@ -195,9 +237,13 @@ private:
   MaskedSamples _samples;
 };
 
-/// The mean; 0 of no sample.
+/// The mean; 0 of no sample. Divides in every case: from a conditional division the compiler makes a
+/// conditional load, which takes much longer.
 inline void divideByCounts(float* means, const float* sums, const unsigned* counts, ptrdiff_t n) {
-  for (ptrdiff_t i = 0; i < n; ++i) means[i] = counts[i] ? sums[i] / float(counts[i]) : 0.0f;
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const float mean = sums[i] / float(counts[i]);
+    means[i] = counts[i] ? mean : 0.0f;
+  }
 }
 
 }  // namespace
