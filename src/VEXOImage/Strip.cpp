@@ -11,6 +11,9 @@
 namespace vexo::image {
 namespace {
 
+/// More than a core's share of the last cache.
+constexpr std::size_t streamedBytes = std::size_t(32) << 20;
+
 std::size_t sizeAlong(const BaseImage& image, int axis) {
   return axis == 0 ? image.getSizeX() : axis == 1 ? image.getSizeY() : image.getSizeZ();
 }
@@ -184,6 +187,9 @@ StripTarget OutputStrip::makeTarget() {
   target.begin[static_cast<int>(_direction)] = static_cast<std::ptrdiff_t>(_begin);
   target.end[static_cast<int>(_direction)] = static_cast<std::ptrdiff_t>(_end);
   target.sampleSize = static_cast<int>(getSampleSize(_image->getBufferType()));
+  const std::size_t rows = sizeAlong(*_image, 1) * sizeAlong(*_image, 2);
+  target.streamed =
+      !_own && sizeAlong(*_image, 0) * rows >= streamedBytes / getSampleSize(_image->getBufferType());
   return target;
 }
 

@@ -1,5 +1,9 @@
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
 #include "VEXOCore/Buffer.h"
 
 namespace vexo::processor {
@@ -80,12 +84,18 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
   bool inPlace = false;
   for (const auto& output : outputs)
     for (const auto& input : inputs) inPlace = inPlace || input->isOverwrittenBy(*output);
+  if (inPlace)  // what was just read is still cached
+    for (image::StripTarget& target : targets) target.streamed = false;
 
   ProcessingInfo info{sources.data(),        targets.data(), loaders.data(), storers.data(),
                       getKernelParameters(), inPlace,        nullptr};
   HybridBuffer<> scratch(function.table->scratchSize ? function.table->scratchSize(info) : 0);
   info.scratch = scratch.data();
-  if (const char* failure = function.function(info)) return BoolResult::failure(failure);
+  const char* failure = function.function(info);
+#if defined(__SSE2__)
+  _mm_sfence();  // streamed writes come before what follows
+#endif
+  if (failure) return BoolResult::failure(failure);
   for (const auto& output : outputs) output->commit();
   return true;
 }

@@ -56,6 +56,7 @@ struct StripTarget {
   ptrdiff_t rowStride, sliceStride;
   ptrdiff_t begin[3], end[3];
   int sampleSize;
+  bool streamed;  ///< so large that the caches lose it before it is read again: lines may be written past them
 };
 
 /// Address at which column 0 of the row (y, z) lies, the border applied to y and z; null when the row is

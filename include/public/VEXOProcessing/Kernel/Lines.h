@@ -8,6 +8,7 @@
 #include "VEXOImage/StripView.h"
 #include "VEXOProcessing/Kernel/Convert.h"
 #include "VEXOProcessing/Kernel/Integers.h"
+#include "VEXOProcessing/Kernel/Vector.h"
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
@@ -73,8 +74,16 @@ void storeLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrd
 /// A processor::StoreLine for floats, as they are.
 inline void storeFloatLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrdiff_t y,
                            ptrdiff_t z, ptrdiff_t n) {
-  __builtin_memcpy(image::targetRow(t, y, z) + (x - t.begin[0]) * ptrdiff_t(sizeof(float)), line,
-                   size_t(n) * sizeof(float));
+  unsigned char* row = image::targetRow(t, y, z) + (x - t.begin[0]) * ptrdiff_t(sizeof(float));
+  ptrdiff_t i = 0;
+  if (t.streamed && reinterpret_cast<size_t>(row) % sizeof(float) == 0) {
+    constexpr size_t size = sizeof(FloatV);
+    i = smaller(ptrdiff_t((size - reinterpret_cast<size_t>(row) % size) % size / sizeof(float)), n);
+    __builtin_memcpy(row, line, size_t(i) * sizeof(float));
+    for (; i + lanesOf<FloatV> <= n; i += lanesOf<FloatV>)
+      streamVector(reinterpret_cast<float*>(row) + i, loadVector<FloatV>(line + i));
+  }
+  __builtin_memcpy(row + i * ptrdiff_t(sizeof(float)), line + i, size_t(n - i) * sizeof(float));
 }
 
 inline void clearLine(float* line, ptrdiff_t n) {

@@ -5,6 +5,9 @@
 // register are defined.
 
 #include <stddef.h>
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
@@ -43,6 +46,18 @@ inline V loadVector(const float* p) {
 template <class V>
 inline void storeVector(float* p, V v) {
   __builtin_memcpy(p, &v, sizeof v);
+}
+/// Writes past the caches, at multiples of the size of a vector. The frame waits for such writes to end.
+inline void streamVector(float* p, FloatV v) {
+#if defined(__AVX512F__)
+  _mm512_stream_ps(p, v);
+#elif defined(__AVX__)
+  _mm256_stream_ps(p, v);
+#elif defined(__SSE2__)
+  _mm_stream_ps(p, v);
+#else
+  storeVector(p, v);
+#endif
 }
 template <class V>
 inline V splat(float value) {
