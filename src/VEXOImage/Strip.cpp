@@ -67,15 +67,16 @@ void storeConstant(double value, eImageBufferType type, unsigned char* sample) {
 }  // namespace
 
 boost::shared_ptr<const StripMarginCopies> StripMarginCopies::create(const Image& image,
-                                                                     eStripParsingDirection direction,
+                                                                     eStripParsingDirection along,
                                                                      const StripBounds& bounds,
                                                                      const StripMargins& margins) {
-  const int axis = static_cast<int>(direction);
+  const int axis = static_cast<int>(along);
   const std::size_t reach = std::max(margins.before[axis], margins.after[axis]);
   if (reach == 0) return nullptr;
   const std::size_t size = sizeAlong(image, axis);
 
   auto copies = boost::make_shared<StripMarginCopies>();
+  copies->_axis = axis;
   ImageGeometry g = image.getGeometry();
   // Whatever the border policy, a position outside a strip stands for one within `reach` of a bound (the ends
   // of the image are bounds too), unless the window is larger than the image: then everything is near a
@@ -116,6 +117,7 @@ void StripMarginCopies::fill(StripSource& source) const {
     return;
   }
   source.saved = samples;
+  source.savedAxis = _axis;
   source.savedPosition = _position.data();
   source.savedRowStride = _copy->getStrides().y;
   source.savedSliceStride = _copy->getStrides().z;
@@ -145,14 +147,14 @@ StripSource InputStrip::makeSource(const BorderPolicy& border) const {
   source.image = static_cast<const unsigned char*>(image.getData());
   source.rowStride = image.getStrides().y;
   source.sliceStride = image.getStrides().z;
-  source.cutAxis = static_cast<int>(_direction);
   for (int axis = 0; axis < 3; ++axis) {
     source.size[axis] = source.end[axis] = static_cast<std::ptrdiff_t>(sizeAlong(image, axis));
     source.marginBefore[axis] = static_cast<std::ptrdiff_t>(_margins.before[axis]);
     source.marginAfter[axis] = static_cast<std::ptrdiff_t>(_margins.after[axis]);
   }
-  source.begin[source.cutAxis] = static_cast<std::ptrdiff_t>(_begin);
-  source.end[source.cutAxis] = static_cast<std::ptrdiff_t>(_end);
+  const int axis = static_cast<int>(_direction);
+  source.begin[axis] = static_cast<std::ptrdiff_t>(_begin);
+  source.end[axis] = static_cast<std::ptrdiff_t>(_end);
   source.sampleSize = static_cast<int>(getSampleSize(image.getBufferType()));
   source.border = border.getBorder();
   storeConstant(border.getConstant(), image.getBufferType(), source.constant);

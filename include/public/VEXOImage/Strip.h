@@ -33,19 +33,19 @@ constexpr std::size_t maxStripMargin = 32767;
 using StripBounds = std::vector<std::size_t>;
 
 /// Copies of what strips read outside themselves, taken while nothing has been overwritten: the samples near
-/// the bounds of a cut. Where these would be more than half of the image, all of it is copied, and the strips
-/// read nothing else.
+/// the bounds of the strips on an axis. Where these would be more than half of the image, all of it is
+/// copied, and the strips read nothing else.
 class VEXO_API StripMarginCopies {
 public:
-  /// Null when the margins on the axis of the cut are 0, because then no strip reads what another writes.
-  static boost::shared_ptr<const StripMarginCopies> create(const Image& image,
-                                                           eStripParsingDirection direction,
+  /// Null when the margins on the axis are 0, because then no strip reads what another writes.
+  static boost::shared_ptr<const StripMarginCopies> create(const Image& image, eStripParsingDirection axis,
                                                            const StripBounds& bounds,
                                                            const StripMargins& margins);
   void fill(StripSource& source) const;
   bool isWhole() const { return _position.empty(); }
 
 private:
+  int _axis;
   boost::shared_ptr<Image> _copy;
   std::vector<std::ptrdiff_t>
       _position;  ///< in the copy, of each position on the axis; empty for a copy of all

@@ -41,13 +41,13 @@ struct StripSource {
   eBorder border;
   unsigned char constant[4];  ///< the constant of the border, as a sample of the image
 
-  /// When the image is also written, positions on the axis of the cut that lie outside [begin, end) are read
-  /// from copies that were taken before the first strip ran: position p of the image is position
-  /// savedPosition[p] of the copy. Null otherwise.
+  /// When the image is also written, positions on one axis that lie outside [begin, end) are read from copies
+  /// that were taken before the first strip ran: position p of the image is position savedPosition[p] of the
+  /// copy. Null otherwise.
   const unsigned char* saved;
   const ptrdiff_t* savedPosition;
   ptrdiff_t savedRowStride, savedSliceStride;
-  int cutAxis;
+  int savedAxis;
 };
 
 /// A strip that is written.
@@ -56,15 +56,16 @@ struct StripTarget {
   ptrdiff_t rowStride, sliceStride;
   ptrdiff_t begin[3], end[3];
   int sampleSize;
-  bool streamed;  ///< so large that the caches lose it before it is read again: lines may be written past them
+  bool
+      streamed;  ///< so large that the caches lose it before it is read again: lines may be written past them
 };
 
 /// Address at which column 0 of the row (y, z) lies, the border applied to y and z; null when the row is
 /// constant. Columns [0, size[0]) may be read there, or, when a strip cut along X has copies, [begin[0],
 /// end[0]).
 static inline const unsigned char* sourceRow(const StripSource& s, ptrdiff_t y, ptrdiff_t z) {
-  const bool savedY = s.saved && s.cutAxis == 1 && (y < s.begin[1] || y >= s.end[1]);
-  const bool savedZ = s.saved && s.cutAxis == 2 && (z < s.begin[2] || z >= s.end[2]);
+  const bool savedY = s.saved && s.savedAxis == 1 && (y < s.begin[1] || y >= s.end[1]);
+  const bool savedZ = s.saved && s.savedAxis == 2 && (z < s.begin[2] || z >= s.end[2]);
   y = mapBorderIndex(s.border, y, s.size[1]);
   z = mapBorderIndex(s.border, z, s.size[2]);
   if (y < 0 || z < 0) return nullptr;
@@ -75,7 +76,7 @@ static inline const unsigned char* sourceRow(const StripSource& s, ptrdiff_t y, 
 
 /// Address of the sample x of the row (y, z), the border applied to all three; null when it is the constant.
 static inline const unsigned char* sourceSample(const StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z) {
-  const bool savedX = s.saved && s.cutAxis == 0 && (x < s.begin[0] || x >= s.end[0]);
+  const bool savedX = s.saved && s.savedAxis == 0 && (x < s.begin[0] || x >= s.end[0]);
   const unsigned char* row = sourceRow(s, y, z);
   x = mapBorderIndex(s.border, x, s.size[0]);
   if (!row || x < 0) return nullptr;

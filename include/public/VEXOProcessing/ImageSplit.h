@@ -112,11 +112,15 @@ public:
   }
   void prepare(const image::StripBounds& bounds) override {
     _bounds = bounds;
-    if constexpr (std::is_const_v<Img>)
-      if (_allocation == image::eStripAllocationType::OwnBuffer)
-        _copies = image::StripMarginCopies::create(
-            image::hostImage(boost::shared_ptr<const image::BaseImage>(_image), "input strip"), direction,
-            bounds, _margins);
+    if constexpr (std::is_const_v<Img>) {
+      if (_allocation != image::eStripAllocationType::OwnBuffer) return;
+      const auto& host = image::hostImage(boost::shared_ptr<const image::BaseImage>(_image), "input strip");
+      const auto axis = copiedAxis();
+      const std::size_t size =
+          axis == image::eStripParsingDirection::Y ? _image->getSizeY() : _image->getSizeZ();
+      _copies = image::StripMarginCopies::create(
+          host, axis, axis == direction ? bounds : image::StripBounds{0, size}, _margins);
+    }
   }
 
 protected:
@@ -130,6 +134,18 @@ protected:
   }
 
 private:
+  /// Where strips read what is written: beyond the cut; or, for a kernel along Y or Z that runs within its
+  /// strip, at the ends of that axis, where the border sends it back into the image. Along X a row is loaded
+  /// as a whole.
+  image::eStripParsingDirection copiedAxis() const {
+    const auto reach = [this](int axis) { return std::max(_margins.before[axis], _margins.after[axis]); };
+    if (reach(static_cast<int>(direction)) == 0 && reach(0) == 0) {
+      if (reach(1) > 0 && reach(2) == 0) return image::eStripParsingDirection::Y;
+      if (reach(2) > 0 && reach(1) == 0) return image::eStripParsingDirection::Z;
+    }
+    return direction;
+  }
+
   boost::shared_ptr<Img> _image;
   image::eStripAllocationType _allocation;
   image::StripMargins _margins;
@@ -148,6 +164,10 @@ template <class P, class Img, class A>
 using ImageXStrip2dSplit = ImageStripSplit<P, Img, A, image::eStripParsingDirection::X>;
 template <class P, class Img, class A>
 using ImageXStrip2dWithKernelSplit = ImageStripSplit<P, Img, A, image::eStripParsingDirection::X>;
+template <class P, class Img, class A>
+using ImageYStrip3dSplit = ImageStripSplit<P, Img, A, image::eStripParsingDirection::Y>;
+template <class P, class Img, class A>
+using ImageYStrip3dWithKernelSplit = ImageStripSplit<P, Img, A, image::eStripParsingDirection::Y>;
 template <class P, class Img, class A>
 using ImageZStrip3dSplit = ImageStripSplit<P, Img, A, image::eStripParsingDirection::Z>;
 template <class P, class Img, class A>

@@ -41,7 +41,7 @@ void loadLine(To* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, p
   // Columns [first, last) can be read in the row. With them the line falls into pieces: outside on the left,
   // mirrored on the left, in the row, mirrored on the right, outside on the right. Mirrored pieces spare a
   // division per sample.
-  const bool copied = s.saved && s.cutAxis == 0;
+  const bool copied = s.saved && s.savedAxis == 0;
   const ptrdiff_t first = copied ? s.begin[0] : 0, last = copied ? s.end[0] : s.size[0];
   const ptrdiff_t mirrored = s.border == image::eBorder::Mirror && !copied ? s.size[0] : 0;
   const ptrdiff_t end = x + n;

@@ -29,9 +29,9 @@ bool Convolution2dImgLvl2::tryToLaunchGpuProcess(
   return true;
 }
 
-// In place, the margins of each strip are saved before the first strip starts, and the results of a strip
-// stay in a buffer of its own until all of it has been read; but a kernel along X reads each row just before
-// it writes over it.
+// In place, the margins of each strip are saved before the first strip starts; the results of a strip stay in
+// a buffer of its own until all of it has been read, unless the kernel never comes back to what it has
+// written.
 BoolResult Convolution2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                   boost::shared_ptr<core::BaseActionProvider>& provider) {
   const image::StripMargins margins = kernelMargins(*getStorage<attr::InKnlXY>());
@@ -39,15 +39,15 @@ BoolResult Convolution2dImgLvl2::retrieveProvider(const core::BasePriority& prio
   using Next = Convolution2dImgLvl3;
   using image::eStripAllocationType;
   const bool inSitu = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-  const bool alongX = margins.before[1] == 0 && margins.after[1] == 0;
   provider = processor::dispatchStrips<Next>(
       priority,
       boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
           getStorage<attr::InSubImg2d>(),
           inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View, margins),
       boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
-          getStorage<attr::OutImg>(),
-          inSitu && !alongX ? eStripAllocationType::OwnBuffer : eStripAllocationType::View),
+          getStorage<attr::OutImg>(), inSitu && !runsInPlace(*getStorage<attr::InKnlXY>())
+                                          ? eStripAllocationType::OwnBuffer
+                                          : eStripAllocationType::View),
       processor::dynamicNoSplit<Next, attr::InKnlXY>(getStorage<attr::InKnlXY>()),
       processor::dynamicNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
       processor::dynamicNoSplit<Next, attr::InConvolBorder2d>(getStorage<attr::InConvolBorder2d>()));

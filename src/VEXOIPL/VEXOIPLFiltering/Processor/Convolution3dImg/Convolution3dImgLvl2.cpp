@@ -29,29 +29,41 @@ bool Convolution3dImgLvl2::tryToLaunchGpuProcess(
   return true;
 }
 
-// In place, the margins of each strip are saved before the first strip starts, and the results of a strip
-// stay in a buffer of its own until all of it has been read; but a kernel along X reads each row just before
-// it writes over it.
+// A kernel along Z is run on strips of some rows of all slices, which need no margins from each other; others
+// on strips of slices. In place, what strips read outside themselves is saved before the first one starts;
+// the results of a strip stay in a buffer of its own until all of it has been read, unless the kernel never
+// comes back to what it has written.
 BoolResult Convolution3dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                   boost::shared_ptr<core::BaseActionProvider>& provider) {
-  const image::StripMargins margins = kernelMargins(*getStorage<attr::InKnlXYZ>());
+  const auto kernel = getStorage<attr::InKnlXYZ>();
+  const image::StripMargins margins = kernelMargins(*kernel);
   if (tryToLaunchGpuProcess(priority, provider)) return true;
   using Next = Convolution3dImgLvl3;
   using image::eStripAllocationType;
   const bool inSitu = isInSitu(accessAttribute<attr::InSubImg3d>(), accessAttribute<attr::OutImg>());
-  const bool alongX =
-      std::max({margins.before[1], margins.after[1], margins.before[2], margins.after[2]}) == 0;
-  provider = processor::dispatchStrips<Next>(
-      priority,
-      boost::make_shared<ImageZStrip3dWithKernelSplit<Next, const image::BaseImage, attr::InKnlZStrip3d>>(
-          getStorage<attr::InSubImg3d>(),
-          inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View, margins),
-      boost::make_shared<ImageZStrip3dSplit<Next, image::BaseImage, attr::OutZStrip3d>>(
-          getStorage<attr::OutImg>(),
-          inSitu && !alongX ? eStripAllocationType::OwnBuffer : eStripAllocationType::View),
-      processor::dynamicNoSplit<Next, attr::InKnlXYZ>(getStorage<attr::InKnlXYZ>()),
-      processor::dynamicNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
-      processor::dynamicNoSplit<Next, attr::InConvolBorder3d>(getStorage<attr::InConvolBorder3d>()));
+  const auto readFrom = inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
+  const auto writeTo =
+      inSitu && !runsInPlace(*kernel) ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
+  const auto dispatch = [&](const auto& input, const auto& output) {
+    provider = processor::dispatchStrips<Next>(
+        priority, input, output, processor::dynamicNoSplit<Next, attr::InKnlXYZ>(kernel),
+        processor::dynamicNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
+        processor::dynamicNoSplit<Next, attr::InConvolBorder3d>(getStorage<attr::InConvolBorder3d>()));
+  };
+  const bool alongZ =
+      std::max({margins.before[0], margins.after[0], margins.before[1], margins.after[1]}) == 0;
+  if (alongZ)
+    dispatch(
+        boost::make_shared<ImageYStrip3dWithKernelSplit<Next, const image::BaseImage, attr::InKnlZStrip3d>>(
+            getStorage<attr::InSubImg3d>(), readFrom, margins),
+        boost::make_shared<ImageYStrip3dSplit<Next, image::BaseImage, attr::OutZStrip3d>>(
+            getStorage<attr::OutImg>(), writeTo));
+  else
+    dispatch(
+        boost::make_shared<ImageZStrip3dWithKernelSplit<Next, const image::BaseImage, attr::InKnlZStrip3d>>(
+            getStorage<attr::InSubImg3d>(), readFrom, margins),
+        boost::make_shared<ImageZStrip3dSplit<Next, image::BaseImage, attr::OutZStrip3d>>(
+            getStorage<attr::OutImg>(), writeTo));
   return true;
 }
 

@@ -63,7 +63,7 @@ struct Plan {
 
   explicit Plan(const ProcessingInfo& info)
       : kernel(*static_cast<const ConvolutionPoints*>(info.parameters)) {
-    measure();
+    measure(info.inPlace);
     const image::StripSource& s = info.sources[0];
     // Volumes turn the ring along z, unless one slice is all that is read.
     const bool volume = extent[2] > 1;
@@ -91,6 +91,7 @@ struct Plan {
     const double loads =
         double(slotLines) / double(tileRows) * double(length + extent[outer] - 1) / double(length);
     ring = loads < double(runs) && slots * slotLines <= maxRingFloats / pitch;
+    ring = ring || (info.inPlace && (extent[1] > 1 || extent[2] > 1));
     if (ring) return;
     // A row that is written over is read before.
     setTileWidth(width, info.inPlace && runs == 1 ? roundUp(width, blockWidth) : widestTile);
@@ -102,7 +103,9 @@ struct Plan {
   }
 
 private:
-  void measure() {
+  /// In place the offsets count with that of the pixel itself, so that it is loaded before it is written
+  /// over.
+  void measure(bool inPlace) {
     ptrdiff_t last[3] = {0, 0, 0};
     runs = 0;
     for (int axis = 0; axis < 3; ++axis) first[axis] = 0;
@@ -110,8 +113,9 @@ private:
       const ConvolutionPoint& p = kernel.points[i];
       runs += i == 0 || !onSameRow(p, kernel.points[i - 1]);
       for (int axis = 0; axis < 3; ++axis) {
-        first[axis] = i == 0 ? p.offset[axis] : smaller(first[axis], p.offset[axis]);
-        last[axis] = i == 0 ? p.offset[axis] : larger(last[axis], p.offset[axis]);
+        const bool only = i == 0 && !inPlace;
+        first[axis] = only ? p.offset[axis] : smaller(first[axis], p.offset[axis]);
+        last[axis] = only ? p.offset[axis] : larger(last[axis], p.offset[axis]);
       }
     }
     for (int axis = 0; axis < 3; ++axis) extent[axis] = last[axis] - first[axis] + 1;

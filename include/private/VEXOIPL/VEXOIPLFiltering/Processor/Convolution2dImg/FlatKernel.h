@@ -9,6 +9,20 @@
 
 namespace vexo::imaproc::filter {
 
+/// True when the results may be written over the samples at once, because all points lie along one axis,
+/// close together: then each sample is loaded once, before it is written over.
+template <class Offset>
+bool runsInPlace(const KernelOf<Offset>& kernel) {
+  std::size_t axes = 0, span = 1;
+  for (const KernelReach& reach : kernel.getExtent()) {
+    axes += reach.before + reach.after > 0;
+    span += reach.before + reach.after;
+  }
+  const KernelReach x = kernel.getExtent()[0];
+  return axes == 0 ||
+         (axes == 1 && (span == x.before + x.after + 1 || span <= 2 * kernel.getPoints().size()));
+}
+
 /// The points of a kernel in plain arrays, for the run of one strip or one image on the GPU.
 class FlatKernel {
 public:

@@ -6,13 +6,13 @@
 
 namespace vexo::imaproc::filter {
 
-/// Level 3, one band of slices: the mean along Z.
+/// Level 3, one band of rows of all slices: the mean along Z.
 class VEXO_API MeanSmoothingZ3dImgLvl3 final
     : public processor::KernelProcessorClass<MeanSmoothingZ3dImgLvl3> {
 public:
   using Attributes = processor::AttributeList<attr::InKnlZStrip3d, attr::OutZStrip3d>;
   static constexpr auto toolTipId = eProcessorMessage::MeanSmoothingZ3dImgLvl3;
-  /// Volumes have fewer slices than images have rows, and a slice is much work.
+  /// A row of all slices is much work.
   static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {16, 8}; }
 
 private:
