@@ -87,8 +87,17 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
   if (inPlace)  // what was just read is still cached
     for (image::StripTarget& target : targets) target.streamed = false;
 
-  ProcessingInfo info{sources.data(),        targets.data(), loaders.data(), storers.data(),
-                      getKernelParameters(), inPlace,        nullptr};
+  const auto isInteger = [](const auto& strips) {
+    return !strips.empty() && strips.front()->getBufferType() != image::eImageBufferType::Real32;
+  };
+  ProcessingInfo info{sources.data(),
+                      targets.data(),
+                      loaders.data(),
+                      storers.data(),
+                      getKernelParameters(),
+                      inPlace,
+                      isInteger(inputs) && isInteger(outputs),
+                      nullptr};
   HybridBuffer<> scratch(function.table->scratchSize ? function.table->scratchSize(info) : 0);
   info.scratch = scratch.data();
   const char* failure = function.function(info);

@@ -3,6 +3,7 @@
 // The parameters that filters share. A parameter class is its name, its type and its tool tip; direction and
 // optionality follow from the name.
 
+#include <algorithm>
 #include <cstdint>
 
 #include "VEXOMath/Kernel.h"
@@ -69,12 +70,25 @@ public:
   static constexpr char toolTip[] = "Half size of the kernel along Z: it spans 2 * value + 1 slices";
 };
 
-/// Convolution.
-class InKnlXY : public processor::Attribute<InKnlXY, boost::shared_ptr<const KernelXY>> {
+/// Convolution kernels: offsets reach as far as half kernel sizes.
+template <class Derived, class Kernel>
+class ConvolutionKnl : public processor::Attribute<Derived, boost::shared_ptr<const Kernel>> {
+public:
+  static BoolResult check(const boost::shared_ptr<const Kernel>& kernel) {
+    if (kernel)
+      for (const KernelReach& reach : kernel->getExtent())
+        if (std::max(reach.before, reach.after) > image::maxStripMargin)
+          return BoolResult::failure("it reaches " + std::to_string(std::max(reach.before, reach.after)) +
+                                     " samples along an axis, more than " +
+                                     std::to_string(image::maxStripMargin));
+    return true;
+  }
+};
+class InKnlXY : public ConvolutionKnl<InKnlXY, KernelXY> {
 public:
   static constexpr char toolTip[] = "Kernel: offsets in pixels with their weights";
 };
-class InKnlXYZ : public processor::Attribute<InKnlXYZ, boost::shared_ptr<const KernelXYZ>> {
+class InKnlXYZ : public ConvolutionKnl<InKnlXYZ, KernelXYZ> {
 public:
   static constexpr char toolTip[] = "Kernel: offsets in voxels with their weights";
 };

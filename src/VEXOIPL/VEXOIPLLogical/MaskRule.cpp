@@ -9,8 +9,8 @@ processor::RulePtr matchMask(const boost::weak_ptr<const BaseImageAttribute>& im
   return matchSize(image, mask) && processor::makeRule([mask]() -> BoolResult {
            const auto attribute = mask.lock();
            const auto given = attribute ? attribute->getImage() : nullptr;
-           if (!given || given->getBufferType() == image::eImageBufferType::UInt8) return true;
-           return BoolResult::failure(attribute->getName() + " must be uint8, it is " +
+           if (!given || image::getSampleSize(given->getBufferType()) == 1) return true;
+           return BoolResult::failure(attribute->getName() + " must be 8-bit, it is " +
                                       toString(given->getBufferType()));
          });
 }

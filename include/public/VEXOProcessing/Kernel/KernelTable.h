@@ -24,6 +24,7 @@ struct ProcessingInfo {
   const StoreLine* storers;           ///< one per target
   const void* parameters;             ///< what the third-level class passes, a plain structure of its own
   bool inPlace;                       ///< a target is the image that a source reads
+  bool integers;                      ///< the first source and the first target hold integers
   unsigned char* scratch;             ///< KernelTable::scratchSize bytes, aligned to 64, uninitialised
 };
 

@@ -8,6 +8,7 @@
 #include "VEXOImage/StripView.h"
 #include "VEXOProcessing/Kernel/Convert.h"
 #include "VEXOProcessing/Kernel/Integers.h"
+#include "VEXOProcessing/Kernel/KernelTable.h"
 #include "VEXOProcessing/Kernel/Vector.h"
 
 namespace vexo::VEXO_KERNEL_SET {
@@ -71,7 +72,18 @@ void storeLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrd
   __builtin_memcpy(row + i * size, samples, size_t((n - i) * size));
 }
 
-/// A processor::StoreLine for floats, as they are.
+inline FloatV withOneNan(FloatV v) {
+  return v == v ? v : splat<FloatV>(__builtin_nanf(""));
+}
+inline void storeFloats(unsigned char* row, const float* line, ptrdiff_t i, ptrdiff_t end) {
+  for (; i < end; ++i) {
+    const float value = line[i] == line[i] ? line[i] : __builtin_nanf("");
+    __builtin_memcpy(row + i * ptrdiff_t(sizeof value), &value, sizeof value);
+  }
+}
+
+/// A processor::StoreLine for floats, as they are; but all NaN are one, because the sign of those that
+/// arithmetic makes depends on the instructions that the compiler chose.
 inline void storeFloatLine(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrdiff_t y,
                            ptrdiff_t z, ptrdiff_t n) {
   unsigned char* row = image::targetRow(t, y, z) + (x - t.begin[0]) * ptrdiff_t(sizeof(float));
@@ -79,11 +91,40 @@ inline void storeFloatLine(const image::StripTarget& t, const float* line, ptrdi
   if (t.streamed && reinterpret_cast<size_t>(row) % sizeof(float) == 0) {
     constexpr size_t size = sizeof(FloatV);
     i = smaller(ptrdiff_t((size - reinterpret_cast<size_t>(row) % size) % size / sizeof(float)), n);
-    __builtin_memcpy(row, line, size_t(i) * sizeof(float));
+    storeFloats(row, line, 0, i);
     for (; i + lanesOf<FloatV> <= n; i += lanesOf<FloatV>)
-      streamVector(reinterpret_cast<float*>(row) + i, loadVector<FloatV>(line + i));
+      streamVector(reinterpret_cast<float*>(row) + i, withOneNan(loadVector<FloatV>(line + i)));
   }
-  __builtin_memcpy(row + i * ptrdiff_t(sizeof(float)), line + i, size_t(n - i) * sizeof(float));
+  for (; i + lanesOf<FloatV> <= n; i += lanesOf<FloatV>) {
+    const FloatV v = withOneNan(loadVector<FloatV>(line + i));
+    __builtin_memcpy(row + i * ptrdiff_t(sizeof(float)), &v, sizeof v);
+  }
+  storeFloats(row, line, i, n);
+}
+
+/// The low bits of the 32-bit integers of a row: what the wrap rule makes of them.
+template <class To>
+inline void truncateRow(const image::StripTarget& t, const image::StripSource& s, ptrdiff_t y, ptrdiff_t z) {
+  const unsigned char* from = image::sourceRow(s, y, z) + s.begin[0] * s.sampleSize;
+  unsigned char* to = image::targetRow(t, y, z) + (s.begin[0] - t.begin[0]) * t.sampleSize;
+  for (ptrdiff_t i = 0; i < s.end[0] - s.begin[0]; ++i) {
+    const To value = To(readSample<unsigned>(from + i * ptrdiff_t(sizeof(unsigned))));
+    __builtin_memcpy(to + i * ptrdiff_t(sizeof value), &value, sizeof value);
+  }
+}
+
+/// Copies a strip of 32-bit integers into integers; false for other types, whose values are floats without
+/// loss.
+inline bool copyIntegers(const processor::ProcessingInfo& info, const image::StripSource& s) {
+  if (!info.integers || s.sampleSize != 4) return false;
+  const image::StripTarget& t = info.targets[0];
+  for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
+    for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y) {
+      if (t.sampleSize == 1) truncateRow<unsigned char>(t, s, y, z);
+      if (t.sampleSize == 2) truncateRow<unsigned short>(t, s, y, z);
+      if (t.sampleSize == 4) truncateRow<unsigned>(t, s, y, z);
+    }
+  return true;
 }
 
 inline void clearLine(float* line, ptrdiff_t n) {

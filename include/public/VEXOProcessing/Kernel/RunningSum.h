@@ -41,9 +41,10 @@ struct StripLines {
 };
 
 /// A window of one sample: the strip, converted, by pieces of rows. A running sum would lose small values
-/// next to large ones, and carry a NaN along.
+/// next to large ones, and carry a NaN along. Integers that a float would round are copied.
 template <class Lines>
 inline void convertStrip(const Lines& lines, const image::StripSource& s, float* line, ptrdiff_t lineLength) {
+  if (copyIntegers(lines.info, s)) return;
   for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
     for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y)
       for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += lineLength) {

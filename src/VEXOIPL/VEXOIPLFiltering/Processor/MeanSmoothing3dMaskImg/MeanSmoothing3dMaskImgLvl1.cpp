@@ -1,5 +1,7 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dMaskImg/MeanSmoothing3dMaskImgLvl1.h"
 
+#include <limits>
+
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dMaskImg/MeanSmoothing3dMaskImgLvl2.h"
 #include "VEXOIPL/VEXOIPLLogical/MaskRule.h"
 #include "VEXOProcessing/Call.h"
@@ -21,7 +23,17 @@ void MeanSmoothing3dMaskImgLvl1::initOutputs(processor::OutputInitializerColl& i
 
 processor::RulePtr MeanSmoothing3dMaskImgLvl1::createRule() const {
   return logic::matchMask(accessAttribute<attr::InImg3d>(), accessAttribute<attr::InBinImg3d>()) &&
-         matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
+         matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&
+         processor::makeRule([this]() -> BoolResult {
+           // The kernel counts in 32 bits.
+           const double voxels = (2.0 * getStorage<attr::InHalfKnlSizeX>() + 1) *
+                                 (2.0 * getStorage<attr::InHalfKnlSizeY>() + 1) *
+                                 (2.0 * getStorage<attr::InHalfKnlSizeZ>() + 1);
+           if (voxels <= std::numeric_limits<std::uint32_t>::max()) return true;
+           return BoolResult::failure("InHalfKnlSizeX, InHalfKnlSizeY, InHalfKnlSizeZ: a window of " +
+                                      std::to_string(static_cast<long long>(voxels)) +
+                                      " voxels is too large for a mask, the largest is 4294967295");
+         });
 }
 
 BoolResult MeanSmoothing3dMaskImgLvl1::retrieveProvider(

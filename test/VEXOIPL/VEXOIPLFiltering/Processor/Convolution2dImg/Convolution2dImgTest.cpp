@@ -46,6 +46,8 @@ std::vector<KernelPtr> variedKernels() {
           kernelOf({{-40, 0, 1}, {40, 0, -2}}),
           kernelOf({{0, -40, 1}, {0, 40, 3}}),
           kernelOf({{0, 50, 1}}),
+          kernelOf({{0, -1, 1}}),
+          kernelOf({{0, -3, 1}, {0, -5, 2}, {0, -4, 1}, {0, -3, 1}}),
           kernelOf({{-60, -70, 0.5f}, {60, 70, 0.5f}})};
 }
 
@@ -275,9 +277,9 @@ TEST(Convolution2d, BadCallsNameWhatIsWrongAndTouchNothing) {
                  {[&] { convolution2dImg(in, kernel, true, BorderPtr()); }, "InOptConvolBorder2d"},
                  {[&] { convolution2dImg(in, kernel, true, ImagePtr()); }, "OutImg"},
                  {[&] { convolution2dImg(in, kernel, true, wrong); }, "20 x 11"},
-                 {[&] { convolution2dImg(in, far, true, out); }, "40000 samples along X"},
+                 {[&] { convolution2dImg(in, far, true, out); }, "InKnlXY: the value is refused: it reaches 40000"},
                  {[&] { getAsyncProcessorOutput(convolution2dImg_async(in, far, true, out)); }, "40000"},
-                 {[&] { convolution2dImg(in, deep, true, out); }, "32768 samples along Y"},
+                 {[&] { convolution2dImg(in, deep, true, out); }, "InKnlXY: the value is refused: it reaches 32768"},
                  {[&] { convolution2dImg(part(0), kernel, true, part(1)); }, "overlap"},
                  {[&] { getAsyncProcessorOutput(boost::shared_ptr<Convolution2dImgLvl1>()); }, "null"}});
   EXPECT_TRUE(sameBits(*wrong, *wrongBefore));

@@ -46,6 +46,9 @@ std::vector<KernelPtr> variedKernels() {
           boxKernel<KernelXYZ>(-3, 3, -3, 3, -3, 3),
           kernelOf({{3, 2, 1, 0.5f}, {-1, -2, -3, 2}, {3, 2, 1, 0.25f}, {0, 0, 0, -1}, {-1, -2, -3, 1}}),
           kernelOf({{0, 0, -40, 1}, {0, 0, 40, 3}}),
+          kernelOf({{0, 0, -1, 1}}),
+          kernelOf({{0, 0, -3, 1}, {0, 0, -2, 2}}),
+          kernelOf({{0, 3, 0, 1}, {0, 2, 0, 2}}),
           kernelOf({{-60, -70, 50, 0.5f}, {60, 70, -50, 0.5f}})};
 }
 
@@ -168,7 +171,7 @@ TEST(Convolution3d, BadCallsNameWhatIsWrongAndTouchNothing) {
                  {[&] { convolution3dImg(in, kernel, true, BorderPtr()); }, "InOptConvolBorder3d"},
                  {[&] { convolution3dImg(in, kernel, true, ImagePtr()); }, "OutImg"},
                  {[&] { convolution3dImg(in, kernel, true, wrong); }, "20 x 10 x 5"},
-                 {[&] { convolution3dImg(in, far, true, out); }, "40000 samples along Z"},
+                 {[&] { convolution3dImg(in, far, true, out); }, "InKnlXYZ: the value is refused: it reaches 40000"},
                  {[&] { getAsyncProcessorOutput(boost::shared_ptr<Convolution3dImgLvl1>()); }, "null"}});
   EXPECT_TRUE(sameBits(*out, *before));
 }

@@ -282,6 +282,8 @@ TEST(MeanSmoothingMask, BadMasksAreRefusedByName) {
   expectRefused(wrongType, {1, 1}, {"InMaskImg", "uint16"});
   expectRefused(wrongType, {1, 1, 1}, {"InBinImg3d", "uint16"});
   expectRefused(nullptr, {1, 1}, {"InMaskImg"});
+  const ImagePtr mask = randomImage({20, 10, 3}, eImageBufferType::UInt8);
+  expectRefused(mask, {813, 813, 813}, {"InHalfKnlSizeZ", "4306878883"});
   EXPECT_TRUE(sameBits(*out, *before));
 }
 

@@ -26,7 +26,7 @@ private:
 /// input's value. Outside the image, image and mask are mirrored (the edge pixel is repeated). Each plane is
 /// smoothed on its own.
 ///
-/// inImg: any of the seven sample types. inMaskImg: uint8, of the input's sizes. outImg: any of the seven
+/// inImg: any of the seven sample types. inMaskImg: 8-bit, of the input's sizes. outImg: any of the seven
 /// types, whatever the input's, and the input's sizes; it may be the input or the mask itself, which costs a
 /// copy of it. Without it the result has the input's sizes and type. inHalfKnlSizeX, inHalfKnlSizeY: in
 /// pixels, from 0 to 32767.
@@ -37,7 +37,7 @@ private:
 /// right and below, not only those whose window holds it.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
-/// sizes of the output or the mask differ, the mask is not uint8, the output overlaps an input without being
+/// sizes of the output or the mask differ, the mask is not 8-bit, the output overlaps an input without being
 /// the same image. The output is then untouched.
 VEXO_API boost::shared_ptr<image::BaseImage> meanSmoothing2dMaskImg(
     const boost::shared_ptr<const image::BaseImage>& inImg,

@@ -22,7 +22,7 @@ private:
 
 /// Choice by a mask: each sample is that of the first image where the mask is not 0, else that of the second.
 ///
-/// inImg1, inImg2: any of the seven sample types, of one size. inMaskImg: uint8, of the same size. outImg:
+/// inImg1, inImg2: any of the seven sample types, of one size. inMaskImg: 8-bit, of the same size. outImg:
 /// any of the types, of the same size; it may be one of the inputs itself. Without it the result has the size
 /// and type of inImg1.
 ///
@@ -30,7 +30,7 @@ private:
 /// rounded half away from zero and saturate, NaN becomes 0; integers become the nearest float.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, sizes differ, the mask is not
-/// uint8, the output overlaps an input without being the same image. The output is then untouched.
+/// 8-bit, the output overlaps an input without being the same image. The output is then untouched.
 VEXO_API boost::shared_ptr<image::BaseImage> maskImgImg(
     const boost::shared_ptr<const image::BaseImage>& inImg1,
     const boost::shared_ptr<const image::BaseImage>& inImg2,
