@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "VEXOImage/Image.h"
@@ -18,7 +19,8 @@ struct Case {
   std::string filter;  ///< with its parameters: "mean, half 5"
   image::eImageBufferType type;
   image::ImageGeometry geometry;
-  /// One call: reads `in`, fills `out` (of the same geometry and type).
+  std::optional<image::eImageBufferType> outType = std::nullopt;  ///< the input's, unless it is set
+  /// One call: reads `in`, fills `out` (of the same geometry).
   std::function<void(const boost::shared_ptr<const image::BaseImage>& in,
                      const boost::shared_ptr<image::BaseImage>& out)>
       ours;

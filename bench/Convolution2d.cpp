@@ -9,7 +9,7 @@ namespace vexo::bench {
 namespace {
 
 /// A kernel of different weights around the centre, and the same for the peer.
-void add(const std::string& name, int sizeX, int sizeY) {
+void add(const std::string& name, int sizeX, int sizeY, bool alsoToFloat) {
   const auto kernel = boost::make_shared<KernelXY>();
   std::vector<float> weights;
   for (int y = 0; y < sizeY; ++y)
@@ -29,17 +29,20 @@ void add(const std::string& name, int sizeX, int sizeY) {
 #ifdef VEXO_HAS_OPENCV
     line.peer = [weights, sizeX, sizeY](const cv::Mat& in, cv::Mat& out) {
       const cv::Mat matrix(sizeY, sizeX, CV_32F, const_cast<float*>(weights.data()));
-      cv::filter2D(in, out, -1, matrix, {-1, -1}, 0, cv::BORDER_REFLECT);
+      cv::filter2D(in, out, out.depth(), matrix, {-1, -1}, 0, cv::BORDER_REFLECT);
     };
 #endif
+    AddCase{line};
+    if (!alsoToFloat || type == image::eImageBufferType::Real32) continue;
+    line.outType = image::eImageBufferType::Real32;
     AddCase{line};
   }
 }
 
 const bool added = [] {
-  for (const int size : {3, 7, 15}) add(std::to_string(size) + "x" + std::to_string(size), size, size);
-  add("19 along x", 19, 1);
-  add("19 along y", 1, 19);
+  for (const int size : {3, 7, 15}) add(std::to_string(size) + "x" + std::to_string(size), size, size, true);
+  add("19 along x", 19, 1, false);
+  add("19 along y", 1, 19, false);
   return true;
 }();
 

@@ -100,8 +100,13 @@ private:
   std::map<std::string, std::vector<double>> _times;
 };
 
+std::string typesOf(const Case& line) {
+  const std::string in = toString(line.type);
+  return line.outType ? in + " to " + toString(*line.outType) : in;
+}
+
 std::string caseName(const Case& line, int threads, const char* who) {
-  return line.filter + "/" + toString(line.type) + "/" + std::to_string(threads) + "/" + who;
+  return line.filter + "/" + typesOf(line) + "/" + std::to_string(threads) + "/" + who;
 }
 
 template <class Work>
@@ -121,22 +126,22 @@ void registerWork(const std::string& name, int threads, Work work) {
 struct Pair {
   boost::shared_ptr<Image> in, out;
 };
-Pair images(const ImageGeometry& geometry, eImageBufferType type) {
-  static std::map<std::string, Pair> made;
-  Pair& pair = made[toString(geometry) + toString(type)];
-  if (!pair.in) {
-    pair.in = randomImage(geometry, type);
-    pair.out = Image::create(geometry, type);
-    image::copySamples(*pair.in, *pair.out);
-  }
-  return pair;
+Pair images(const ImageGeometry& geometry, eImageBufferType type,
+            std::optional<eImageBufferType> outType = std::nullopt) {
+  static std::map<std::string, boost::shared_ptr<Image>> made;
+  const auto imageOf = [&](eImageBufferType t, const char* role) {
+    auto& result = made[toString(geometry) + toString(t) + role];
+    if (!result) result = randomImage(geometry, t);
+    return result;
+  };
+  return {imageOf(type, "in"), imageOf(outType.value_or(type), "out")};
 }
 
 void registerCases() {
   for (const Case& line : cases())
     for (const int threads : {1, 2}) {
       registerWork(caseName(line, threads, "ours"), threads, [line] {
-        const Pair pair = images(line.geometry, line.type);
+        const Pair pair = images(line.geometry, line.type, line.outType);
         line.ours(pair.in, pair.out);
       });
       registerWork(caseName(line, threads, "memcpy"), threads, [line, threads] {
@@ -146,7 +151,7 @@ void registerCases() {
 #ifdef VEXO_HAS_OPENCV
       if (line.peer)
         registerWork(caseName(line, threads, "peer"), threads, [line] {
-          const Pair pair = images(line.geometry, line.type);
+          const Pair pair = images(line.geometry, line.type, line.outType);
           cv::Mat in = asMat(*pair.in), out = asMat(*pair.out);
           line.peer(in, out);
         });
@@ -239,7 +244,7 @@ void printTable(MedianReporter& medians) {
       if (volumePeer != volumePeers.end() && threads == 1) peer = volumePeer->second;
       const double copy = medians.median(caseName(line, threads, "memcpy"));
       const double one = medians.median(caseName(line, 1, "ours"));
-      std::printf("| %s | %s | %s | %d | %.2f | ", line.filter.c_str(), toString(line.type),
+      std::printf("| %s | %s | %s | %d | %.2f | ", line.filter.c_str(), typesOf(line).c_str(),
                   toString(line.geometry).c_str(), threads, ours);
       if (peer > 0)
         std::printf("%.2f | %.2f | ", peer, ours / peer);
