@@ -3,30 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
-#include <chrono>
 #include <future>
 #include <stdexcept>
-#include <thread>
 #include <tuple>
 #include <vector>
 
-#include "VEXOCore/BaseException.h"
+#include "Calls.h"
 
 namespace {
 
 using namespace vexo;
 using namespace vexo::core;
-
-/// Waits for what other threads must bring about; false when they do not.
-template <class Condition>
-bool eventually(const Condition& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::yield();
-  }
-  return true;
-}
+using test::eventually;
 
 /// Counts how often each of its pieces runs, and how many run at once.
 class Pieces : public BaseActionProvider {
@@ -46,13 +34,8 @@ public:
     }
     ++runs[index];
     ++started;
-    try {
-      _body(index, share);
-    } catch (...) {
-      --_active;
-      throw;
-    }
-    --_active;
+    const boost::shared_ptr<void> atEnd(nullptr, [this](void*) { --_active; });
+    _body(index, share);
   }
   bool eachRanOnce() const {
     for (const auto& count : runs)
@@ -104,7 +87,12 @@ INSTANTIATE_TEST_SUITE_P(Threads, ActionRun,
 
 TEST_P(ActionRun, EveryPieceRunsOnce) {
   for (const std::size_t count : {0, 1, 2, 3, 1000}) {
-    Pieces pieces(count);
+    const auto caller = std::this_thread::get_id();
+    const bool alone = threads() == 1 && std::get<1>(GetParam()) == eSynchroType::Synchronous;
+    Pieces pieces(count, [&](std::size_t, const RunShare& share) {
+      EXPECT_TRUE(!alone || std::this_thread::get_id() == caller);
+      share.done();
+    });
     const auto job = jobOf(pieces);
     for (const ePriority priority : {ePriority::Low, ePriority::Normal, ePriority::High}) {
       job->setPriority(priority);
@@ -118,23 +106,6 @@ TEST_P(ActionRun, EveryPieceRunsOnce) {
   }
 }
 
-TEST_P(ActionRun, NestedPiecesRunOnceOnTheSameThreads) {
-  std::vector<std::unique_ptr<Pieces>> inner;
-  for (int i = 0; i < 13; ++i) inner.push_back(std::make_unique<Pieces>(17));
-  Pieces outer(inner.size(), [&](std::size_t index, const RunShare& share) {
-    ActionRunner::getInstance().run(*inner[index], share);
-  });
-  const auto job = jobOf(outer);
-  const BoolResult result = runToEnd(*job);
-  ASSERT_TRUE(result) << result.getMessage();
-  EXPECT_TRUE(outer.eachRanOnce());
-  for (const auto& pieces : inner) {
-    EXPECT_TRUE(pieces->eachRanOnce());
-    EXPECT_LE(pieces->mostAtOnce, static_cast<int>(threads()));
-  }
-  EXPECT_EQ(job->getProgress(), 1);
-}
-
 TEST_P(ActionRun, TheFirstFailureEndsTheRunAndIsReported) {
   std::atomic<int> place{0};
   Pieces pieces(1000, [&](std::size_t, const RunShare& share) {
@@ -142,20 +113,12 @@ TEST_P(ActionRun, TheFirstFailureEndsTheRunAndIsReported) {
     eventually([&] { return share.state.isStopped(); });
     throw std::runtime_error("late");
   });
-  Pieces outer(1,
-               [&](std::size_t, const RunShare& share) { ActionRunner::getInstance().run(pieces, share); });
+  Pieces outer(1, [&](auto, const RunShare& share) { ActionRunner::getInstance().run(pieces, share); });
   const auto job = jobOf(outer);
-  const BoolResult result = runToEnd(*job);
-  EXPECT_FALSE(result);
-  EXPECT_EQ(result.getMessage(), "first");
+  EXPECT_EQ(runToEnd(*job).getMessage(), "first");
   EXPECT_LE(pieces.started, static_cast<int>(threads()));
   EXPECT_LT(job->getProgress(), 1);
-  try {
-    job->rethrowFailure();
-    FAIL();
-  } catch (const UnHandleException& failure) {
-    EXPECT_EQ(failure.getMessage(), "first");
-  }
+  EXPECT_EQ(test::failureOf<UnHandleException>([&] { job->rethrowFailure(); }), "first");
 }
 
 TEST_P(ActionRun, CancellingKeepsFurtherPiecesFromStarting) {
@@ -167,26 +130,24 @@ TEST_P(ActionRun, CancellingKeepsFurtherPiecesFromStarting) {
   });
   const auto job = jobOf(pieces);
   running = job.get();
-  BoolResult result = runToEnd(*job);
-  EXPECT_FALSE(result);
-  EXPECT_NE(result.getMessage().find("the job was cancelled"), std::string::npos) << result.getMessage();
+  EXPECT_TRUE(test::has(runToEnd(*job).getMessage(), "the job was cancelled"));
   EXPECT_LE(pieces.started, static_cast<int>(threads()));
   EXPECT_THROW(job->rethrowFailure(), BaseException);
   // Neither that run nor a cancel between runs affects the next run.
   job->cancel();
   cancels = false;
-  result = runToEnd(*job);
-  EXPECT_TRUE(result) << result.getMessage();
+  EXPECT_EQ(runToEnd(*job).getMessage(), "");
   EXPECT_NO_THROW(job->rethrowFailure());
 }
 
-TEST_P(ActionRun, ProgressNeverFalls) {
-  std::atomic<bool> ended{false};
-  Pieces outer(40, [&](std::size_t index, const RunShare& share) {
-    Pieces inner(index);
-    ActionRunner::getInstance().run(inner, share);
+TEST_P(ActionRun, NestedPiecesRunOnceOnTheSameThreadsAndProgressNeverFalls) {
+  std::vector<std::unique_ptr<Pieces>> inner;
+  for (std::size_t i = 0; i < 40; ++i) inner.push_back(std::make_unique<Pieces>(i));
+  Pieces outer(inner.size(), [&](std::size_t index, const RunShare& share) {
+    ActionRunner::getInstance().run(*inner[index], share);
   });
   const auto job = jobOf(outer);
+  std::atomic<bool> ended{false};
   auto watcher = std::async(std::launch::async, [&] {
     double last = 0;
     while (!ended) {
@@ -200,23 +161,20 @@ TEST_P(ActionRun, ProgressNeverFalls) {
   ended = true;
   EXPECT_TRUE(watcher.get());
   EXPECT_EQ(job->getProgress(), 1);
+  EXPECT_TRUE(outer.eachRanOnce());
+  for (const auto& pieces : inner) {
+    EXPECT_TRUE(pieces->eachRanOnce());
+    EXPECT_LE(pieces->mostAtOnce, static_cast<int>(threads()));
+  }
 }
 
 TEST_P(ActionRun, AnythingThrownIsAFailure) {
-  const auto failing = [&](auto thrown) {
-    return boost::make_shared<Job>([thrown](const RunShare&) { throw thrown; });
-  };
-  EXPECT_EQ(runToEnd(*failing(UnHandleException("own", VEXO_HERE))).getMessage(), "own");
-  EXPECT_THROW(
-      {
-        const auto job = failing(BaseException("own", VEXO_HERE));
-        EXPECT_FALSE(runToEnd(*job));
-        job->rethrowFailure();
-      },
-      BaseException);
-  const auto job = failing(5);
-  EXPECT_FALSE(runToEnd(*job));
-  EXPECT_THROW(job->rethrowFailure(), UnHandleException);
+  const auto own = boost::make_shared<Job>([](auto&) { throw BaseException("own", VEXO_HERE); });
+  EXPECT_EQ(runToEnd(*own).getMessage(), "own");
+  EXPECT_THROW(own->rethrowFailure(), BaseException);
+  const auto foreign = boost::make_shared<Job>([](auto&) { throw 5; });
+  EXPECT_FALSE(runToEnd(*foreign));
+  EXPECT_THROW(foreign->rethrowFailure(), UnHandleException);
 }
 
 TEST_P(ActionRun, ARunningActionIsNotRunAgain) {
@@ -229,10 +187,7 @@ TEST_P(ActionRun, ARunningActionIsNotRunAgain) {
   });
   running = job.get();
   EXPECT_TRUE(runToEnd(*job));
-  for (const BoolResult& result : again) {
-    EXPECT_FALSE(result);
-    EXPECT_NE(result.getMessage().find("the job"), std::string::npos);
-  }
+  for (const BoolResult& result : again) EXPECT_TRUE(!result && test::has(result.getMessage(), "the job"));
   EXPECT_FALSE(job->isRunning());
 }
 
@@ -324,16 +279,8 @@ TEST(Action, OnlyASharedActionRunsInTheBackground) {
   Job job([](const RunShare&) {});
   EXPECT_FALSE(job.run(eSynchroType::Asynchronous));
   EXPECT_FALSE(job.isRunning());
-  EXPECT_TRUE(job.run(eSynchroType::Synchronous));
-}
-
-TEST(Action, BeforeItsFirstRun) {
-  Job job([](const RunShare&) {});
-  EXPECT_FALSE(job.isRunning());
-  EXPECT_TRUE(job.getResult());
-  EXPECT_EQ(job.getProgress(), 0);
   EXPECT_NO_THROW(job.rethrowFailure());
-  job.wait();
+  EXPECT_TRUE(job.run(eSynchroType::Synchronous));
 }
 
 TEST(ActionRunner, ThreadCountIsThatOfLaterRuns) {
