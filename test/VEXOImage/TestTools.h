@@ -5,28 +5,11 @@
 #include <random>
 #include <string>
 
-#include "VEXOCore/BaseException.h"
+#include "Calls.h"
 #include "VEXOImage/Border.h"
 #include "VEXOImage/Image.h"
 
 namespace vexo::test {
-
-/// The message of the exception that a call throws; the test fails when none comes.
-template <class Exception = BaseException, class Call>
-std::string messageOf(const Call& call) {
-  try {
-    call();
-  } catch (const Exception& thrown) {
-    return thrown.getMessage();
-  }
-  ADD_FAILURE() << "nothing was thrown";
-  return {};
-}
-
-inline testing::AssertionResult has(const std::string& text, const std::string& part) {
-  if (text.find(part) != std::string::npos) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "'" << part << "' is missing in '" << text << "'";
-}
 
 // Samples as doubles, whatever their type. One at a time through the strides, as slowly and plainly as can
 // be.
