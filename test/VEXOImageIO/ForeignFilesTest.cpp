@@ -40,6 +40,33 @@ TEST_F(ImageIO, HyperstackPagesRunChannelFirst) {
   }
 }
 
+/// Writes a page of each layout, and expects its samples.
+void checkLayout(const std::string& path, const char* mode, TiffPage page) {
+  page.width = 37, page.height = 23, page.bits = 16, page.format = SAMPLEFORMAT_INT, page.rowsPerStrip = 4;
+  page.photometric = page.samples == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISWHITE;
+  const int channels = page.planar == PLANARCONFIG_CONTIG ? page.samples : 1;
+  const int blockWidth = page.tile ? page.tile : 37, blockHeight = page.tile ? page.tile : 4;
+  const int across = (37 + blockWidth - 1) / blockWidth, down = (23 + blockHeight - 1) / blockHeight;
+  const auto valueAt = [](int x, int y, int c) {
+    return static_cast<std::int16_t>(x * 700 - y * 90 + c * 5);
+  };
+  writePages(path, mode, {page}, "", [&](int, int index, Bytes& bytes) {
+    auto* value = reinterpret_cast<std::int16_t*>(bytes.data());
+    const int plane = index / (across * down), block = index % (across * down);
+    for (int y = 0; y < blockHeight; ++y)
+      for (int x = 0; x < blockWidth; ++x)
+        for (int c = 0; c < channels; ++c)
+          *value++ = valueAt(block % across * blockWidth + x, block / across * blockHeight + y, plane + c);
+  });
+  const auto image = readImage(path);
+  ASSERT_EQ(toString(ImageGeometry{37, 23, 1, std::size_t(page.samples)}), toString(image->getGeometry()));
+  ASSERT_EQ(eImageBufferType::Int16, image->getBufferType());
+  for (int c = 0; c < page.samples; ++c)
+    for (int y = 0; y < 23; ++y)
+      for (int x = 0; x < 37; ++x)
+        ASSERT_EQ(valueAt(x, y, c), image->getRow<std::int16_t>(y, 0, c)[x]) << x << ", " << y << ", " << c;
+}
+
 TEST_F(ImageIO, LayoutsOfForeignTiffs) {
   for (const char* mode : {"wl", "wb", "w8"})
     for (const int compression :
@@ -49,41 +76,9 @@ TEST_F(ImageIO, LayoutsOfForeignTiffs) {
           for (const int tile : {0, 16}) {
             SCOPED_TRACE(testing::Message() << mode << " compression " << compression << " planar " << planar
                                             << " samples " << samples << " tile " << tile);
-            const TiffPage page{37,
-                                23,
-                                samples,
-                                16,
-                                SAMPLEFORMAT_INT,
-                                samples == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISWHITE,
-                                planar,
-                                compression,
-                                tile,
-                                4};
-            const int channels = planar == PLANARCONFIG_CONTIG ? samples : 1;
-            const int blockWidth = tile ? tile : 37, blockHeight = tile ? tile : 4;
-            const int across = (37 + blockWidth - 1) / blockWidth,
-                      down = (23 + blockHeight - 1) / blockHeight;
-            const auto valueAt = [](int x, int y, int c) {
-              return static_cast<std::int16_t>(x * 700 - y * 90 + c * 5);
-            };
-            writePages(at("a.tif"), mode, {page}, "", [&](int, int index, Bytes& bytes) {
-              auto* value = reinterpret_cast<std::int16_t*>(bytes.data());
-              const int plane = index / (across * down), block = index % (across * down);
-              for (int y = 0; y < blockHeight; ++y)
-                for (int x = 0; x < blockWidth; ++x)
-                  for (int c = 0; c < channels; ++c)
-                    *value++ =
-                        valueAt(block % across * blockWidth + x, block / across * blockHeight + y, plane + c);
-            });
-            const auto image = readImage(at("a.tif"));
-            ASSERT_EQ(toString(ImageGeometry{37, 23, 1, std::size_t(samples)}),
-                      toString(image->getGeometry()));
-            ASSERT_EQ(eImageBufferType::Int16, image->getBufferType());
-            for (int c = 0; c < samples; ++c)
-              for (int y = 0; y < 23; ++y)
-                for (int x = 0; x < 37; ++x)
-                  ASSERT_EQ(valueAt(x, y, c), image->getRow<std::int16_t>(y, 0, c)[x])
-                      << x << ", " << y << ", " << c;
+            TiffPage page;
+            page.compression = compression, page.planar = planar, page.samples = samples, page.tile = tile;
+            checkLayout(at("a.tif"), mode, page);
           }
 }
 
@@ -150,8 +145,7 @@ TEST_F(ImageIO, UnsupportedTiffsAreNamed) {
   cases[5].page.photometric = PHOTOMETRIC_YCBCR, cases[5].page.samples = 3, cases[5].cause = "YCbCr";
   for (const Case& c : cases) {
     writePages(at("a.tif"), "w", {c.page}, "", fillByIndex);
-    expectError([&] { readImage(at("a.tif")); }, at("a.tif"), c.cause);
-    expectError([&] { readImageInfo(at("a.tif")); }, at("a.tif"), c.cause);
+    expectUnreadable(at("a.tif"), c.cause);
   }
   TiffPage rgb;
   rgb.samples = 3, rgb.photometric = PHOTOMETRIC_RGB;
@@ -160,41 +154,42 @@ TEST_F(ImageIO, UnsupportedTiffsAreNamed) {
   TiffPage other;
   other.bits = 16;
   writePages(at("a.tif"), "w", {TiffPage(), TiffPage(), other}, "", fillByIndex);
-  expectError([&] { readImage(at("a.tif")); }, at("a.tif"), "page 3");
-  expectError([&] { readImageInfo(at("a.tif")); }, at("a.tif"), "page 3");
+  expectUnreadable(at("a.tif"), "page 3");
 }
 
 /// Small files of every kind.
-std::vector<std::string> writeSamples(const std::function<std::string(const char*)>& at) {
-  writeImage(*randomImage({5, 4, 2, 2}, eImageBufferType::UInt16), at("stack.tif"));
-  writeImage(*randomImage({5, 4, 1, 3}, eImageBufferType::UInt8), at("colour.png"));
-  writeRawPng(at("interlaced.png"), 3, 1, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_ADAM7, {{0x80}, {0xA0}, {0}});
-  TiffPage page;
-  page.samples = 3, page.photometric = PHOTOMETRIC_RGB, page.compression = COMPRESSION_LZW;
-  writePages(at("big.tif"), "w8", {page, page}, "", fillByIndex);
-  page.compression = COMPRESSION_ADOBE_DEFLATE, page.planar = PLANARCONFIG_SEPARATE, page.tile = 16;
-  writePages(at("tiles.tif"), "wb", {page, page}, "", fillByIndex);
-  page.compression = COMPRESSION_NONE, page.tile = 0;
-  writePages(at("strips.tif"), "wb", {page, page}, "", fillByIndex);
-  return {at("stack.tif"), at("colour.png"), at("interlaced.png"),
-          at("big.tif"),   at("tiles.tif"),  at("strips.tif")};
-}
+class ImageIOSamples : public ImageIO {
+protected:
+  ImageIOSamples() {
+    writeImage(*randomImage({5, 4, 2, 2}, eImageBufferType::UInt16), at("stack.tif"));
+    writeImage(*randomImage({5, 4, 1, 3}, eImageBufferType::UInt8), at("colour.png"));
+    writeRawPng(at("inter.png"), 3, 1, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_ADAM7, {{0x80}, {0xA0}, {0}});
+    TiffPage page;
+    page.samples = 3, page.photometric = PHOTOMETRIC_RGB, page.compression = COMPRESSION_LZW;
+    writePages(at("big.tif"), "w8", {page, page}, "", fillByIndex);
+    page.compression = COMPRESSION_ADOBE_DEFLATE, page.planar = PLANARCONFIG_SEPARATE, page.tile = 16;
+    writePages(at("tiles.tif"), "wb", {page, page}, "", fillByIndex);
+    page.compression = COMPRESSION_NONE, page.tile = 0;
+    writePages(at("strips.tif"), "wb", {page, page}, "", fillByIndex);
+  }
+  const std::string paths[6] = {at("stack.tif"), at("colour.png"), at("inter.png"),
+                                at("big.tif"),   at("tiles.tif"),  at("strips.tif")};
+};
 
-TEST_F(ImageIO, FileThatEndsEarlyIsRefused) {
-  for (const std::string& path : writeSamples([&](const char* name) { return at(name); })) {
+TEST_F(ImageIOSamples, ThatEndEarlyAreRefused) {
+  for (const std::string& path : paths) {
     const Bytes bytes = readBytes(path);
     EXPECT_NO_THROW(readImage(path)) << path;
     for (std::size_t size = 0; size < bytes.size(); ++size) {
       writeBytes(at("cut"), bytes.data(), size);
-      ASSERT_THROW(readImage(at("cut")), BaseException)
-          << path << " cut to " << size << " of " << bytes.size();
+      ASSERT_THROW(readImage(at("cut")), BaseException) << path << " cut to " << size;
     }
   }
 }
 
-TEST_F(ImageIO, DamagedFilesNeverCrash) {
+TEST_F(ImageIOSamples, ThatAreDamagedNeverCrash) {
   std::mt19937 random(3);
-  for (const std::string& path : writeSamples([&](const char* name) { return at(name); })) {
+  for (const std::string& path : paths) {
     const Bytes bytes = readBytes(path);
     int refused = 0;
     for (int i = 0; i < 1000; ++i) {
@@ -202,12 +197,10 @@ TEST_F(ImageIO, DamagedFilesNeverCrash) {
       for (unsigned n = 0; n <= i % 3u; ++n)
         damaged[random() % bytes.size()] ^= static_cast<unsigned char>(1u << random() % 8);
       writeBytes(at("damaged"), damaged.data(), damaged.size());
-      try {
-        readImage(at("damaged"));
-      } catch (const BaseException& e) {
-        ++refused;
-        ASSERT_NE(std::string::npos, std::string(e.what()).find("damaged")) << e.what();
-      }
+      const std::string error = test::failureOf([&] { readImage(at("damaged")); });
+      if (error.empty()) continue;
+      ++refused;
+      ASSERT_TRUE(test::has(error, "damaged"));
     }
     EXPECT_LT(0, refused) << path;
   }
@@ -234,19 +227,15 @@ TEST_F(ImageIO, HostileHeadersAreRefused) {
     int compression;
     std::vector<std::pair<unsigned, std::uint32_t>> values;
   };
-  for (const Case& c : {Case{"sizes",
-                             "ends early",
-                             COMPRESSION_NONE,
-                             {{256, 0x7fffffff}, {257, 0x7fffffff}, {278, 0x7fffffff}}},
-                        {"compressed sizes",
-                         "cannot come from",
-                         COMPRESSION_LZW,
-                         {{256, 0x10000}, {257, 0x10000}, {278, 0x10000}}},
-                        {"next page outside", "ends early", COMPRESSION_NONE, {{0, 0x10000000}}},
-                        {"next page is this one", "damaged", COMPRESSION_NONE, {{0, 8}}},
-                        {"strip outside", "ends early", COMPRESSION_NONE, {{273, 0x7fffffff}}},
-                        {"too few bytes", "cannot come from", COMPRESSION_PACKBITS, {{279, 1}}},
-                        {"no rows per strip", "RowsPerStrip", COMPRESSION_NONE, {{278, 0}}}}) {
+  const Case cases[] = {
+      {"sizes", "ends early", COMPRESSION_NONE, {{256, 0x7fffffff}, {257, 0x7fffffff}, {278, 0x7fffffff}}},
+      {"compressed", "cannot come from", COMPRESSION_LZW, {{256, 0x10000}, {257, 0x10000}, {278, 0x10000}}},
+      {"next page outside", "ends early", COMPRESSION_NONE, {{0, 0x10000000}}},
+      {"next page is this one", "damaged", COMPRESSION_NONE, {{0, 8}}},
+      {"strip outside", "ends early", COMPRESSION_NONE, {{273, 0x7fffffff}}},
+      {"too few bytes", "cannot come from", COMPRESSION_PACKBITS, {{279, 1}}},
+      {"no rows per strip", "RowsPerStrip", COMPRESSION_NONE, {{278, 0}}}};
+  for (const Case& c : cases) {
     TiffPage page;
     page.compression = c.compression, page.rowsPerStrip = 4, page.width = 600;
     writePages(at("a.tif"), "wl", {page, page}, "", fillByIndex);
@@ -259,8 +248,7 @@ TEST_F(ImageIO, HostileHeadersAreRefused) {
     }
     writeBytes(at("b.tif"), bytes.data(), bytes.size());
     SCOPED_TRACE(c.name);
-    expectError([&] { readImageInfo(at("b.tif")); }, at("b.tif"), c.cause);
-    expectError([&] { readImage(at("b.tif")); }, at("b.tif"), c.cause);
+    expectUnreadable(at("b.tif"), c.cause);
   }
   writeRawPng(at("a.png"), 0x7fffffff, 1, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {}, 0x7fffffff);
   expectError([&] { readImage(at("a.png")); }, at("a.png"), "cannot hold");
@@ -273,10 +261,7 @@ TEST_F(ImageIO, UnreadablePathsAreNamed) {
   const std::pair<const char*, const char*> cases[] = {
       {"missing.tif", "No such file"}, {"temporary", "folder"},     {"nothing.tif", "empty"},
       {"text.tif", "neither"},         {"pipe", "no regular file"}, {"text.tif/a", "Not a directory"}};
-  for (const auto& [name, cause] : cases) {
-    expectError([&, n = name] { readImage(at(n)); }, at(name), cause);
-    expectError([&, n = name] { readImageInfo(at(n)); }, at(name), cause);
-  }
+  for (const auto& [name, cause] : cases) expectUnreadable(at(name), cause);
   if (geteuid() == 0) return;  // who may read everything
   chmod(at("text.tif").c_str(), 0);
   expectError([&] { readImage(at("text.tif")); }, at("text.tif"), "Permission denied");

@@ -42,21 +42,6 @@ void expectSame(const Image& expected, const Image& actual) {
               << "row " << y << ", z " << z << ", c " << c << ", t " << t;
 }
 
-std::string errorOf(const std::function<void()>& function) {
-  try {
-    function();
-  } catch (const BaseException& e) {
-    return e.what();
-  }
-  ADD_FAILURE() << "no exception";
-  return "";
-}
-void expectError(const std::function<void()>& function, const std::string& path, const std::string& cause) {
-  const std::string text = errorOf(function);
-  EXPECT_NE(std::string::npos, text.find(path)) << text;
-  EXPECT_NE(std::string::npos, text.find(cause)) << text;
-}
-
 void writePages(const std::string& path, const char* mode, const std::vector<TiffPage>& pages,
                 const std::string& description, const Filler& fill) {
   std::unique_ptr<TIFF, void (*)(TIFF*)> owner(TIFFOpen(path.c_str(), mode), TIFFClose);
@@ -64,24 +49,22 @@ void writePages(const std::string& path, const char* mode, const std::vector<Tif
   ASSERT_NE(nullptr, tiff);
   for (std::size_t i = 0; i < pages.size(); ++i) {
     const TiffPage& p = pages[i];
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, p.width);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, p.height);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, p.samples);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, p.bits);
-    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, p.format);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, p.compression);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, p.photometric);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, p.planar);
+    for (const auto& [tag, value] :
+         {std::pair<int, int>{TIFFTAG_IMAGEWIDTH, p.width},
+          {TIFFTAG_IMAGELENGTH, p.height},
+          {TIFFTAG_SAMPLESPERPIXEL, p.samples},
+          {TIFFTAG_BITSPERSAMPLE, p.bits},
+          {TIFFTAG_SAMPLEFORMAT, p.format},
+          {TIFFTAG_COMPRESSION, p.compression},
+          {TIFFTAG_PHOTOMETRIC, p.photometric},
+          {TIFFTAG_PLANARCONFIG, p.planar},
+          {p.tile ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, p.tile ? p.tile : p.rowsPerStrip}})
+      TIFFSetField(tiff, tag, value);
+    if (p.tile) TIFFSetField(tiff, TIFFTAG_TILELENGTH, p.tile);
     if (p.compression == COMPRESSION_JPEG) TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     if (p.photometric == PHOTOMETRIC_PALETTE) {
       std::uint16_t map[256] = {};
       TIFFSetField(tiff, TIFFTAG_COLORMAP, map, map, map);
-    }
-    if (p.tile) {
-      TIFFSetField(tiff, TIFFTAG_TILEWIDTH, p.tile);
-      TIFFSetField(tiff, TIFFTAG_TILELENGTH, p.tile);
-    } else {
-      TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, p.rowsPerStrip);
     }
     if (i == 0 && !description.empty()) TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, description.c_str());
     Bytes bytes(static_cast<std::size_t>(p.tile ? TIFFTileSize(tiff) : TIFFStripSize(tiff)));

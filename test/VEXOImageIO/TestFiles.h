@@ -9,7 +9,7 @@
 #include <functional>
 #include <vector>
 
-#include "VEXOCore/BaseException.h"
+#include "Calls.h"
 #include "VEXOImageIO/ImageIO.h"
 
 namespace vexo::image::io {
@@ -27,9 +27,16 @@ void writeBytes(const std::string& path, const unsigned char* data, std::size_t 
 boost::shared_ptr<Image> randomImage(const ImageGeometry& g, eImageBufferType type);
 void expectSame(const Image& expected, const Image& actual);
 
-/// The message of the exception that `function` throws; fails when it throws none.
-std::string errorOf(const std::function<void()>& function);
-void expectError(const std::function<void()>& function, const std::string& path, const std::string& cause);
+/// A call must fail with a message that names the path and the cause.
+template <class Call>
+void expectError(const Call& call, const std::string& path, const std::string& cause) {
+  test::expectFailure({path, cause}, call);
+}
+/// Neither the image nor its description can be read.
+inline void expectUnreadable(const std::string& path, const std::string& cause) {
+  expectError([&] { readImage(path); }, path, cause);
+  expectError([&] { readImageInfo(path); }, path, cause);
+}
 
 /// A page that libtiff is to write.
 struct TiffPage {
