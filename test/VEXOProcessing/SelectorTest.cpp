@@ -32,33 +32,27 @@ AlgorithmFunctionIdentifier entry(const Sets& sets, KernelFunction function) {
   return {types(u8, real), sets, AlgorithmFunctionEfficiency(sets).getEfficiency(), {function, nullptr}};
 }
 
-TEST(Efficiency, GrowsWithTheVectors) {
-  const std::vector<Sets> rising = {{eIS_Standard}, {eIS_SSE2},           {eIS_AVX},
-                                    {eIS_AVX2},     {eIS_AVX2, eIS_FMA3}, {eIS_AVX512}};
-  for (std::size_t i = 1; i < rising.size(); ++i)
-    EXPECT_LT(AlgorithmFunctionEfficiency(rising[i - 1]).getEfficiency(),
-              AlgorithmFunctionEfficiency(rising[i]).getEfficiency());
-}
-
 TEST(Selector, TakesTheMostEfficientOfTheAllowed) {
   AlgorithmFunctionSelector selector;
   // Not in order: neither the first nor the last may win by its place.
-  selector.registerFunction(entry({eIS_AVX2}, numbered<3>));
-  selector.registerFunction(entry({eIS_AVX2, eIS_FMA3}, numbered<4>));
+  selector.registerFunction(entry({eIS_AVX2}, numbered<4>));
+  selector.registerFunction(entry({eIS_AVX2, eIS_FMA3}, numbered<5>));
+  selector.registerFunction(entry({eIS_AVX512}, numbered<6>));
   selector.registerFunction(entry({eIS_Standard}, numbered<1>));
+  selector.registerFunction(entry({eIS_AVX}, numbered<3>));
   selector.registerFunction(entry({eIS_SSE2}, numbered<2>));
-  EXPECT_EQ(selector.getFunctionCount(), 4u);
-  const auto select = [&](const Sets& allowed) { return selector.select(types(u8, real), allowed).function; };
-  EXPECT_EQ(select({}), numbered<4>);
-  EXPECT_EQ(select({eIS_Standard}), numbered<1>);
-  EXPECT_EQ(select({eIS_Standard, eIS_SSE2}), numbered<2>);
-  EXPECT_EQ(select({eIS_AVX2}), numbered<3>);
-  EXPECT_EQ(select({eIS_AVX2, eIS_FMA3, eIS_SSE2}), numbered<4>);
-  EXPECT_EQ(select({eIS_FMA3}), nullptr);
-  EXPECT_EQ(select({eIS_AVX512}), nullptr);
+  const std::pair<Sets, KernelFunction> choices[] = {{{}, numbered<6>},
+                                                     {{eIS_Standard}, numbered<1>},
+                                                     {{eIS_Standard, eIS_SSE2}, numbered<2>},
+                                                     {{eIS_AVX, eIS_SSE2}, numbered<3>},
+                                                     {{eIS_AVX, eIS_AVX2}, numbered<4>},
+                                                     {{eIS_AVX2, eIS_FMA3, eIS_SSE2}, numbered<5>},
+                                                     {{eIS_AVX512, eIS_AVX2, eIS_FMA3}, numbered<6>},
+                                                     {{eIS_FMA3}, nullptr}};
+  for (const auto& [allowed, function] : choices)
+    EXPECT_EQ(selector.select(types(u8, real), allowed).function, function);
   EXPECT_EQ(selector.select(types(real, u8), {}).function, nullptr);
   EXPECT_EQ(selector.select(DataTypeIdentifierColl(), {}).function, nullptr);
-  EXPECT_EQ(types(u8, real).getNames(), "uint8, float32");
 }
 
 TEST(KernelRegistrator, LeavesOutWhatTheProcessorLacksAndMissingPairs) {
@@ -86,8 +80,7 @@ public:
   using Attributes = AttributeList<attr::InKnlStrip, attr::OutStrip>;
   static constexpr auto toolTipId = eTestMessage::Steps;
 };
-const KernelTable first = makePlainTable(numbered<1>), second = makePlainTable(numbered<2>),
-                  third = makePlainTable(failing);
+const KernelTable first = makePlainTable(numbered<1>), second = makePlainTable(numbered<2>);
 const KernelTable fewPairs = [] {
   KernelTable table = first;
   for (auto& row : table.functions) row[2] = nullptr;
@@ -100,24 +93,18 @@ boost::shared_ptr<Numbered> makeNumbered(image::eImageBufferType out) {
   const auto p = makeReady<Numbered>();
   const auto in = image::Image::create({4, 3}, u8);
   const auto to = image::Image::create({4, 3}, out);
-  p->set<attr::InKnlStrip>(boost::make_shared<image::InputStrip>(in, Cut::Y, 0, 3, image::StripMargins()));
-  p->set<attr::OutStrip>(
-      boost::make_shared<image::OutputStrip>(to, Cut::Y, 0, 3, image::eStripAllocationType::View));
+  p->set<attr::InKnlStrip>(boost::make_shared<image::InputStrip>(in, image::eStripParsingDirection::Y, 0, 3,
+                                                                 image::StripMargins()));
+  p->set<attr::OutStrip>(boost::make_shared<image::OutputStrip>(to, image::eStripParsingDirection::Y, 0, 3,
+                                                                image::eStripAllocationType::View));
   return p;
 }
 
 TEST(ThirdLevel, ForcingChoosesAmongItsFunctions) {
-  static const bool added = [] {
-    // As for a newer processor than this one: registered by hand, because it need not be offered here.
-    for (int in = 0; in < 7; ++in) {
-      AlgorithmFunctionIdentifier e = entry({eIS_SSE2}, numbered<2>);
-      e.types = types(static_cast<image::eImageBufferType>(in), real);
-      e.function.table = &second;
-      Numbered::retrieveFunctionSelector().registerFunction(e);
-    }
-    return true;
-  }();
-  ASSERT_TRUE(added);
+  // As for a newer processor than this one: registered by hand, because it need not be offered here.
+  AlgorithmFunctionIdentifier newer = entry({eIS_SSE2}, numbered<2>);
+  newer.function.table = &second;
+  Numbered::retrieveFunctionSelector().registerFunction(newer);
   const auto p = makeNumbered(real);
   executeSyncRun(p);
   EXPECT_EQ(lastKernel, 2);
@@ -126,29 +113,22 @@ TEST(ThirdLevel, ForcingChoosesAmongItsFunctions) {
   EXPECT_EQ(lastKernel, 1) << "forcing counts for every instance";
   EXPECT_EQ(p->getForcedInstructionSets().getSets(), std::set<eInstructionSet>{eIS_Standard});
   p->forceInstructionSets({eIS_AVX512});
-  const std::string why = messageOf([&] { executeSyncRun(p); });
-  EXPECT_TRUE(has(why, "uint8, float32") && has(why, "Numbered") && has(why, "avx512")) << why;
+  expectFailure({"uint8, float32", "Numbered", "avx512"}, [&] { executeSyncRun(p); });
   p->releaseForcedInstructionSets();
   executeSyncRun(p);
   EXPECT_EQ(lastKernel, 2);
 }
 
 TEST(ThirdLevel, NoFunctionAndFailingFunctionFailTheRun) {
-  const std::string none = messageOf([] { executeSyncRun(makeNumbered(image::eImageBufferType::UInt16)); });
-  EXPECT_TRUE(has(none, "uint8, uint16") && has(none, "Numbered")) << none;
-  EXPECT_TRUE(has(messageOf([] { executeSyncRun(makeNumbered(image::eImageBufferType::Int16)); }),
-                  "the kernel gave up"));
-}
-
-TEST(ThirdLevel, GenericProcessFunctionRunsThatOfTheTypes) {
+  expectFailure({"uint8, uint16", "Numbered"},
+                [] { executeSyncRun(makeNumbered(image::eImageBufferType::UInt16)); });
+  expectFailure({"the kernel gave up"}, [] { executeSyncRun(makeNumbered(image::eImageBufferType::Int16)); });
   Numbered p;
   lastKernel = 0;
   EXPECT_TRUE((p.genericProcessFunction<std::uint8_t, float, eIS_Standard>({})));
   EXPECT_EQ(lastKernel, 1);
   EXPECT_FALSE((p.genericProcessFunction<std::uint8_t, std::uint16_t, eIS_Standard>({})));
   EXPECT_FALSE((p.genericProcessFunction<std::uint8_t, float, eIS_AVX512>({})));
-  EXPECT_TRUE(
-      has((p.genericProcessFunction<std::uint8_t, std::int16_t, eIS_Standard>({})).getMessage(), "gave up"));
 }
 
 TEST(GpuLevel, RefusesHostImagesAndKeepsFailures) {
@@ -158,9 +138,9 @@ TEST(GpuLevel, RefusesHostImagesAndKeepsFailures) {
   EXPECT_EQ(p->runs, 1);
   EXPECT_EQ(p->getProgress(), 1);
   p->set<attr::InFlag>(false);
-  EXPECT_TRUE(has(messageOf([&] { executeSyncRun(p); }), "the flag is down"));
+  expectFailure({"the flag is down"}, [&] { executeSyncRun(p); });
   p->set<attr::InOptMask>(image::Image::create({4, 3}, u8));
-  EXPECT_TRUE(has(messageOf([&] { executeSyncRun(p); }), "InOptMask"));
+  expectFailure({"InOptMask"}, [&] { executeSyncRun(p); });
   EXPECT_EQ(p->runs, 2);
 }
 

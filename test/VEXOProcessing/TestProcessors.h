@@ -93,7 +93,6 @@ template <class Derived>
 struct Output : processor::OutputImageAttribute<Derived> {
   static constexpr char toolTip[] = "An image that is written";
 };
-struct InMask : Input<InMask> {};
 struct InOptMask : Input<InOptMask> {};
 struct InPart : Input<InPart> {};
 struct InOutImg : Output<InOutImg> {};
@@ -111,35 +110,13 @@ struct OutStrip : processor::OutputStripAttribute<OutStrip> {
 };
 }  // namespace attr
 
-// --- Sum over a window, in three levels, cut along any axis
-// ---------------------------------------------------------
-
-template <class T>
-void loadPlain(float* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    const unsigned char* sample = image::sourceSample(s, x + i, y, z);
-    T value;
-    std::memcpy(&value, sample ? sample : s.constant, sizeof value);
-    line[i] = static_cast<float>(value);
-  }
-}
-template <class T>
-void storePlain(const image::StripTarget& t, const float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
-                ptrdiff_t n) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    const T value = static_cast<T>(line[i]);
-    std::memcpy(image::targetRow(t, y, z) + (x - t.begin[0] + i) * t.sampleSize, &value, sizeof value);
-  }
-}
+// --- Sum over a square window, in three levels, cut along x (the filters cut along y and z)
 
 /// A table with one function for all pairs of types.
 processor::KernelTable makePlainTable(processor::KernelFunction function,
                                       size_t (*scratchSize)(const processor::ProcessingInfo&) = nullptr);
-const char* windowSumKernel(const processor::ProcessingInfo& info);
-size_t windowSumScratch(const processor::ProcessingInfo& info);
 
-template <class Derived>
-class WindowSumLvl3 : public processor::KernelProcessorClass<Derived> {
+class WindowSumLvl3 final : public processor::KernelProcessorClass<WindowSumLvl3> {
 public:
   using Attributes = processor::AttributeList<attr::InKnlStrip, attr::InBorder, attr::OutStrip>;
   static constexpr auto toolTipId = eTestMessage::WindowSum;
@@ -147,96 +124,42 @@ public:
 
 private:
   BoolResult preProcessStrip() override {
-    this->template accessParser<attr::InKnlStrip>().setBorder2dPolicy(
-        this->template getStorage<attr::InBorder>());
+    accessParser<attr::InKnlStrip>().setBorder2dPolicy(getStorage<attr::InBorder>());
     return true;
   }
 };
-
-template <class Derived, class Next, image::eStripParsingDirection direction>
-class WindowSumLvl2 : public processor::ProcessorClass<Derived, processor::BaseAsync1Processor> {
+class WindowSumLvl2 final : public processor::ProcessorClass<WindowSumLvl2, processor::BaseAsync1Processor> {
 public:
-  using Attributes = processor::AttributeList<attr::InPart, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                                              attr::InHalfKnlSizeZ, attr::InBorder, attr::OutPart>;
+  using Attributes =
+      processor::AttributeList<attr::InPart, attr::InHalfKnlSizeX, attr::InBorder, attr::OutPart>;
   static constexpr auto toolTipId = eTestMessage::WindowSum;
 
 private:
   BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override {
-    using namespace imaproc;
-    const auto in = this->template getStorage<attr::InPart>();
-    const auto out = this->template getStorage<attr::OutPart>();
-    const bool inPlace = isInSitu(this->template accessAttribute<attr::InPart>(),
-                                  this->template accessAttribute<attr::OutPart>());
-    const auto margins = centredMargins(this->template getStorage<attr::InHalfKnlSizeX>(),
-                                        this->template getStorage<attr::InHalfKnlSizeY>(),
-                                        this->template getStorage<attr::InHalfKnlSizeZ>());
-    provider = processor::dispatchStrips<Next>(
-        priority,
-        boost::make_shared<ImageStripSplit<Next, const image::BaseImage, attr::InKnlStrip, direction>>(
-            in, inPlace ? image::eStripAllocationType::OwnBuffer : image::eStripAllocationType::View,
-            margins),
-        processor::dynamicNoSplit<Next, attr::InBorder>(this->template getStorage<attr::InBorder>()),
-        boost::make_shared<ImageStripSplit<Next, image::BaseImage, attr::OutStrip, direction>>(
-            out, image::eStripAllocationType::View));
-    return true;
-  }
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
 };
-
-template <class Derived, class Next, imaproc::eSubImageSplitType pieces>
-class WindowSumLvl1 : public processor::ProcessorClass<Derived, processor::BaseAsync1Processor> {
+class WindowSumLvl1 final : public processor::ProcessorClass<WindowSumLvl1, processor::BaseAsync1Processor> {
 public:
-  using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                                              attr::InHalfKnlSizeZ, attr::InBorder, attr::OutImg>;
+  using Attributes =
+      processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InBorder, attr::OutImg>;
   static constexpr auto toolTipId = eTestMessage::WindowSum;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override {
-    initializers["OutImg"] = imaproc::duplicateInOut<attr::InImg, attr::OutImg>(
-        this->template accessAttribute<attr::OutImg>(), this->template accessAttribute<attr::InImg>());
-  }
-  processor::RulePtr createRule() const override {
-    return imaproc::matchSize(this->template accessAttribute<attr::InImg>(),
-                              this->template accessAttribute<attr::OutImg>());
-  }
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
   BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override {
-    const auto same = [this](auto* attribute) {
-      using A = std::remove_pointer_t<decltype(attribute)>;
-      return processor::staticNoSplit<Next, A>(this->template getStorage<A>());
-    };
-    provider = processor::dispatchPieces<Next>(
-        priority,
-        boost::make_shared<imaproc::SubImageSplit<Next, attr::InPart>>(
-            this->template getStorage<attr::InImg>(), pieces),
-        same(static_cast<attr::InHalfKnlSizeX*>(nullptr)), same(static_cast<attr::InHalfKnlSizeY*>(nullptr)),
-        same(static_cast<attr::InHalfKnlSizeZ*>(nullptr)), same(static_cast<attr::InBorder*>(nullptr)),
-        boost::make_shared<imaproc::SubImageSplit<Next, attr::OutPart>>(
-            this->template getStorage<attr::OutImg>(), pieces));
-    return true;
-  }
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
 };
 
-using Cut = image::eStripParsingDirection;
-using Pieces = imaproc::eSubImageSplitType;
-class WindowSumXLvl3 final : public WindowSumLvl3<WindowSumXLvl3> {};
-class WindowSumXLvl2 final : public WindowSumLvl2<WindowSumXLvl2, WindowSumXLvl3, Cut::X> {};
-class WindowSumXLvl1 final : public WindowSumLvl1<WindowSumXLvl1, WindowSumXLvl2, Pieces::Plane2d> {};
-class WindowSumYLvl3 final : public WindowSumLvl3<WindowSumYLvl3> {};
-class WindowSumYLvl2 final : public WindowSumLvl2<WindowSumYLvl2, WindowSumYLvl3, Cut::Y> {};
-class WindowSumYLvl1 final : public WindowSumLvl1<WindowSumYLvl1, WindowSumYLvl2, Pieces::Plane2d> {};
-class WindowSumZLvl3 final : public WindowSumLvl3<WindowSumZLvl3> {};
-class WindowSumZLvl2 final : public WindowSumLvl2<WindowSumZLvl2, WindowSumZLvl3, Cut::Z> {};
-class WindowSumZLvl1 final : public WindowSumLvl1<WindowSumZLvl1, WindowSumZLvl2, Pieces::Volume3d> {};
-
-/// The reference: adds up the window of every sample, plane by plane or volume by volume.
-boost::shared_ptr<image::Image> naiveWindowSum(const image::Image& image, std::ptrdiff_t halfX,
-                                               std::ptrdiff_t halfY, std::ptrdiff_t halfZ,
-                                               const image::BorderPolicy& border,
-                                               image::eImageBufferType type);
+/// Prepared with the default border; the reference, which adds up the window of every sample; the output.
+boost::shared_ptr<WindowSumLvl1> makeSum(const boost::shared_ptr<const image::BaseImage>& in,
+                                         std::uint32_t half = 1);
+boost::shared_ptr<image::Image> sumOf(const image::Image& image, image::eImageBufferType type,
+                                      std::ptrdiff_t half = 1,
+                                      const image::BorderPolicy& border = *image::mirorBorder2d());
+const image::Image& resultOf(const processor::BaseProcessor& p);
 
 // --- Processors whose work a test supplies
-// --------------------------------------------------------------------------
 
 using Share = core::RunShare;
 using Provider = boost::shared_ptr<core::BaseActionProvider>;
@@ -272,16 +195,15 @@ protected:
   void initOutputs(processor::OutputInitializerColl& initializers) const override {
     // Creates the output only where there is an input to take the size from.
     struct FromMask final : processor::BaseOutputInitializer {
-      boost::weak_ptr<attr::InOptMask> in;
-      boost::weak_ptr<attr::OutImg> out;
+      const Scripted* p = nullptr;
       void initOutputAttribute() override {
-        if (const auto mask = in.lock()->getImage())
-          out.lock()->setImage(mask->createSimilar(mask->getGeometry(), mask->getBufferType()));
+        if (const auto mask = p->template getStorage<attr::InOptMask>())
+          p->template accessAttribute<attr::OutImg>()->setImage(
+              mask->createSimilar(mask->getGeometry(), mask->getBufferType()));
       }
     };
     const auto initializer = boost::make_shared<FromMask>();
-    initializer->in = this->template accessAttribute<attr::InOptMask>();
-    initializer->out = this->template accessAttribute<attr::OutImg>();
+    initializer->p = this;
     initializers["OutImg"] = initializer;
   }
   void clearIntermediateData() override {
@@ -293,28 +215,16 @@ protected:
   }
 };
 class Steps1 final : public Scripted<Steps1, processor::BaseAsync1Processor> {
-  BoolResult retrieveProvider(const core::BasePriority&, Provider& provider) override {
-    return give(0, provider);
-  }
+  BoolResult retrieveProvider(const core::BasePriority&, Provider& p) override { return give(0, p); }
 };
 class Steps2 final : public Scripted<Steps2, processor::BaseAsync2Processor> {
-  BoolResult retrieveFirstProvider(const core::BasePriority&, Provider& provider) override {
-    return give(0, provider);
-  }
-  BoolResult retrieveSecondProvider(const core::BasePriority&, Provider& provider) override {
-    return give(1, provider);
-  }
+  BoolResult retrieveFirstProvider(const core::BasePriority&, Provider& p) override { return give(0, p); }
+  BoolResult retrieveSecondProvider(const core::BasePriority&, Provider& p) override { return give(1, p); }
 };
 class Steps3 final : public Scripted<Steps3, processor::BaseAsync3Processor> {
-  BoolResult retrieveFirstProvider(const core::BasePriority&, Provider& provider) override {
-    return give(0, provider);
-  }
-  BoolResult retrieveSecondProvider(const core::BasePriority&, Provider& provider) override {
-    return give(1, provider);
-  }
-  BoolResult retrieveThirdProvider(const core::BasePriority&, Provider& provider) override {
-    return give(2, provider);
-  }
+  BoolResult retrieveFirstProvider(const core::BasePriority&, Provider& p) override { return give(0, p); }
+  BoolResult retrieveSecondProvider(const core::BasePriority&, Provider& p) override { return give(1, p); }
+  BoolResult retrieveThirdProvider(const core::BasePriority&, Provider& p) override { return give(2, p); }
 };
 class Repeated final : public Scripted<Repeated, processor::BaseRepeatedAsync1Processor> {
 public:
@@ -322,8 +232,8 @@ public:
 
 private:
   std::size_t getRepetitionCount() const override { return count; }
-  BoolResult retrieveProvider(const core::BasePriority&, std::size_t i, Provider& provider) override {
-    return give(i, provider);
+  BoolResult retrieveProvider(const core::BasePriority&, std::size_t i, Provider& p) override {
+    return give(i, p);
   }
 };
 
@@ -335,7 +245,6 @@ boost::shared_ptr<P> makeReady() {
 }
 
 // --- A parameter of every kind
-// --------------------------------------------------------------------------------------
 
 class EveryKind final : public processor::ProcessorClass<EveryKind, processor::BaseProcessor> {
 public:
@@ -358,6 +267,8 @@ private:
 };
 /// One with all mandatory inputs.
 boost::shared_ptr<EveryKind> makeEveryKind(const image::ImageGeometry& geometry = {5, 4});
+/// Compares all values but images.
+void expectSameValues(const EveryKind& a, const EveryKind& b);
 
 class OnGpu final : public processor::ProcessorClass<OnGpu, processor::BaseGpuProcessingAlgorithm> {
 public:

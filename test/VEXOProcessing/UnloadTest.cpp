@@ -1,6 +1,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "VEXOProcessing/ProcessorFactory.h"
 
 namespace vexo::processor {
@@ -14,6 +16,9 @@ TEST(Library, RegistersItsClassesWhileItIsLoaded) {
     void* library = dlopen(VEXO_FILTERING_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     EXPECT_EQ(ProcessorFactory::createProcessor(name)->getClassName(), name);
+    const auto names = ProcessorFactory::getTypeNames();
+    EXPECT_EQ(std::count(names.begin(), names.end(), name), 1);
+    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
     ASSERT_EQ(dlclose(library), 0);
   }
   EXPECT_FALSE(ProcessorFactory::isRegistered(name));
