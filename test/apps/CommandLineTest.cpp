@@ -8,10 +8,9 @@
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <random>
 
 #include "VEXOCore/InstructionSet.h"
-#include "VEXOImage/Border.h"
+#include "VEXOImage/TestTools.h"
 #include "VEXOImageIO/ImageIO.h"
 
 namespace vexo {
@@ -45,13 +44,8 @@ protected:
     std::string name = (fs::temp_directory_path() / "vexo-cli-XXXXXX").string();
     ASSERT_NE(nullptr, mkdtemp(name.data()));
     folder = name;
-    std::mt19937 random(1);
-    const ImageGeometry g{37, 150, 1, 1, 1};
-    input = Image::create(g, eImageBufferType::UInt8);
-    const auto real = Image::create(g, eImageBufferType::Real32);
-    for (std::size_t y = 0; y < g.y; ++y)
-      for (std::size_t x = 0; x < g.x; ++x)
-        real->getRow<float>(y)[x] = input->getRow<std::uint8_t>(y)[x] = static_cast<std::uint8_t>(random());
+    input = test::makeRandom({37, 150}, eImageBufferType::UInt8, 1, 255);
+    const auto real = test::makeRandom({37, 150}, eImageBufferType::Real32, 1, 255);
     image::io::writeImage(*input, folder / "in.tif");
     image::io::writeImage(*real, folder / "real.tif");
   }
@@ -75,9 +69,9 @@ protected:
     const Answer answer = call(words);
     EXPECT_EQ(status, answer.status) << words << '\n' << answer.errors;
     EXPECT_EQ("", answer.output) << words;
-    EXPECT_EQ(0u, answer.errors.rfind("vexo: ", 0)) << words << '\n' << answer.errors;
-    EXPECT_EQ(answer.errors.size() - 1, answer.errors.find('\n')) << words << '\n' << answer.errors;
-    EXPECT_NE(std::string::npos, answer.errors.find(why)) << words << '\n' << answer.errors;
+    EXPECT_EQ(0u, answer.errors.rfind("vexo: ", 0)) << words;
+    EXPECT_EQ(answer.errors.size() - 1, answer.errors.find('\n')) << words;
+    EXPECT_TRUE(test::has(answer.errors, why)) << words;
   }
   Json callJson(const std::string& words) const {
     const Answer answer = call(words);
@@ -85,28 +79,19 @@ protected:
     return Json::parse(answer.output);
   }
 
-  double meanAt(std::ptrdiff_t x, std::ptrdiff_t y, std::ptrdiff_t halfX, std::ptrdiff_t halfY) const {
-    double sum = 0;
-    for (std::ptrdiff_t v = y - halfY; v <= y + halfY; ++v)
-      for (std::ptrdiff_t u = x - halfX; u <= x + halfX; ++u) {
-        const auto column =
-            mapBorderIndex(image::eBorder::Mirror, u, static_cast<std::ptrdiff_t>(input->getSizeX()));
-        const auto row =
-            mapBorderIndex(image::eBorder::Mirror, v, static_cast<std::ptrdiff_t>(input->getSizeY()));
-        sum += input->getRow<std::uint8_t>(static_cast<std::size_t>(row))[column];
-      }
-    return sum / static_cast<double>((2 * halfX + 1) * (2 * halfY + 1));
-  }
-  template <class T>
-  void expectMean(const std::string& file, double tolerance) const {
+  /// The file must hold the mean of 5 x 7 samples around each one.
+  void expectMean(const std::string& file, eImageBufferType type, double tolerance) const {
     const auto image = image::io::readImage(folder / file);
-    ASSERT_EQ(image::bufferTypeOf<T>(), image->getBufferType());
+    ASSERT_EQ(type, image->getBufferType());
     ASSERT_EQ(toString(input->getGeometry()), toString(image->getGeometry()));
-    for (std::size_t y = 0; y < image->getSizeY(); ++y)
-      for (std::size_t x = 0; x < image->getSizeX(); ++x)
-        ASSERT_NEAR(meanAt(static_cast<std::ptrdiff_t>(x), static_cast<std::ptrdiff_t>(y), 2, 3),
-                    static_cast<double>(image->getRow<T>(y)[x]), tolerance)
-            << x << ", " << y;
+    test::forEachSample(image->getGeometry(), [&](std::size_t x, std::size_t y, auto...) {
+      double sum = 0;
+      for (std::ptrdiff_t dy = -3; dy <= 3; ++dy)
+        for (std::ptrdiff_t dx = -2; dx <= 2; ++dx)
+          sum += test::getBorderSample(*input, *image::mirorBorder2d(), std::ptrdiff_t(x) + dx,
+                                       std::ptrdiff_t(y) + dy);
+      ASSERT_NEAR(sum / 35, test::getSample(*image, x, y), tolerance) << x << ", " << y;
+    });
   }
 
   fs::path folder;
@@ -117,15 +102,15 @@ const std::string mean = "run MeanSmoothing2dImg --InHalfKnlSizeX 2 --InHalfKnlS
 
 TEST_F(CommandLineTest, RunsAProcessor) {
   expectDone(mean + "--InImg in.tif --OutImg out.tif");
-  expectMean<std::uint8_t>("out.tif", 0.51);
+  expectMean("out.tif", eImageBufferType::UInt8, 0.51);
   expectDone(mean + "--InImg in.tif --OutImg real_out.tif,type=float32 --quiet");
-  expectMean<float>("real_out.tif", 1e-3);
+  expectMean("real_out.tif", eImageBufferType::Real32, 1e-3);
   // Every form of the name, a value from a file, another format.
   writeText(folder / "two.txt", "2\n");
   for (const char* name : {"MeanSmoothing2dImgLvl1", "vexo::imaproc::filter::MeanSmoothing2dImg"}) {
     expectDone("run " + std::string(name) +
                " --InHalfKnlSizeX @two.txt --InHalfKnlSizeY 3 --InImg in.tif --OutImg out.png");
-    expectMean<std::uint8_t>("out.png", 0.51);
+    expectMean("out.png", eImageBufferType::UInt8, 0.51);
     fs::remove(folder / "out.png");
   }
   // Last, because it replaces the input.
@@ -165,8 +150,7 @@ TEST_F(CommandLineTest, DryRunReadsNoSample) {
 
   const Answer answer = call(run + "--dry-run");
   EXPECT_EQ(0, answer.status);
-  EXPECT_EQ("OutImg: 37 x 150 float32\n", answer.output);
-  EXPECT_EQ("", answer.errors);
+  EXPECT_EQ("OutImg: 37 x 150 float32\n", answer.output + answer.errors);
   const Json expected = {{"x", 37}, {"y", 150}, {"z", 1}, {"c", 1}, {"t", 1}, {"type", "uint8"}};
   EXPECT_EQ(expected, callJson(mean + "--InImg in.png --dry-run --json").at("OutImg"));
   expectRefused(1, run, "in.png");
@@ -219,7 +203,7 @@ TEST_F(CommandLineTest, WordsThatAreOff) {
   const Answer answer = call("");
   EXPECT_EQ(2, answer.status);
   EXPECT_EQ("", answer.output);
-  EXPECT_NE(std::string::npos, answer.errors.find("vexo run PROCESSOR")) << answer.errors;
+  EXPECT_TRUE(test::has(answer.errors, "vexo run PROCESSOR"));
 }
 
 TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
@@ -249,6 +233,10 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
   for (const auto& entry : fs::directory_iterator(folder))
     EXPECT_EQ(std::string::npos, entry.path().string().find(".part")) << entry.path();
 
+  const Answer logged = call(mean + "--InImg none.tif --OutImg out.tif --log-level error");
+  EXPECT_EQ(1, logged.status);
+  EXPECT_EQ(0u, logged.errors.rfind("ERROR vexo.VEXOImageIO: ", 0)) << logged.errors;
+
   for (const char* words : {"list", "--help", "info in.tif", "describe MeanSmoothing2dImg --json"}) {
     const Answer answer = call(words, "/dev/full");
     EXPECT_EQ(1, answer.status) << words;
@@ -256,18 +244,11 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
   }
 }
 
-TEST_F(CommandLineTest, LogsWhenAsked) {
-  const Answer answer = call(mean + "--InImg none.tif --OutImg out.tif --log-level error");
-  EXPECT_EQ(1, answer.status);
-  EXPECT_EQ(0u, answer.errors.rfind("ERROR vexo.VEXOImageIO: ", 0)) << answer.errors;
-}
-
 TEST_F(CommandLineTest, ListsProcessors) {
   const Json list = callJson("list --json"), all = callJson("list --json --all");
   EXPECT_GT(all.size(), list.size());
-  const auto found = std::find_if(list.begin(), list.end(), [](const Json& entry) {
-    return entry.at("name") == "MeanSmoothing2dImgLvl1";
-  });
+  const auto found = std::find_if(list.begin(), list.end(),
+                                  [](const Json& e) { return e.at("name") == "MeanSmoothing2dImgLvl1"; });
   ASSERT_NE(list.end(), found);
   EXPECT_EQ("vexo::imaproc::filter::MeanSmoothing2dImgLvl1", found->at("typeName"));
   const std::string toolTip = found->at("toolTip");
@@ -275,7 +256,7 @@ TEST_F(CommandLineTest, ListsProcessors) {
 
   const std::string lines = call("list").output;
   EXPECT_EQ(list.size(), static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n')));
-  EXPECT_NE(std::string::npos, lines.find(toolTip)) << lines;
+  EXPECT_TRUE(test::has(lines, toolTip));
   EXPECT_FALSE(callJson("list MEANSMOOTH --json").empty());
   EXPECT_TRUE(callJson("list nothing-like-this --json").empty());
 }
@@ -298,22 +279,21 @@ TEST_F(CommandLineTest, DescribesAProcessor) {
     EXPECT_EQ(expected[i][1], attributes[i].at("kind"));
     EXPECT_EQ(expected[i][2], attributes[i].at("valueType"));
     EXPECT_EQ(i == 4, attributes[i].at("optional").get<bool>());
-    EXPECT_NE(std::string::npos, text.find(attributes[i].at("toolTip"))) << text;
-    EXPECT_NE(std::string::npos, help.find("--" + expected[i][0])) << help;
+    EXPECT_TRUE(test::has(text, attributes[i].at("toolTip")));
+    EXPECT_TRUE(test::has(help, "--" + expected[i][0]));
   }
 }
 
 TEST_F(CommandLineTest, InformsAboutAnImage) {
-  const auto image = Image::create({3, 1, 2, 1, 1}, eImageBufferType::Int16);
   const std::int16_t samples[] = {-7, 2, 300, 4, 5, 6};
-  for (std::size_t i = 0; i < 6; ++i) image->getRow<std::int16_t>(0, i / 3)[i % 3] = samples[i];
-  image::io::writeImage(*image, folder / "stack.tif");
+  image::io::writeImage(*Image::wrapConst(samples, {3, 1, 2}, eImageBufferType::Int16, {6, 6}),
+                        folder / "stack.tif");
   const Json expected = {{"x", 3},          {"y", 1},        {"z", 2},         {"c", 1},          {"t", 1},
                          {"type", "int16"}, {"minimum", -7}, {"maximum", 300}, {"mean", 310. / 6}};
   EXPECT_EQ(expected, callJson("info stack.tif --json"));
   const std::string text = call("info stack.tif").output;
   for (const char* part : {"3 x 1 x 2 (z) x 1 (c) x 1 (t)\n", "int16\n", "-7\n", "300\n", "51.66666"})
-    EXPECT_NE(std::string::npos, text.find(part)) << part << '\n' << text;
+    EXPECT_TRUE(test::has(text, part));
 
   const float nan = std::nanf(""), infinity = std::numeric_limits<float>::infinity();
   const struct {
@@ -321,14 +301,11 @@ TEST_F(CommandLineTest, InformsAboutAnImage) {
     Json minimum, maximum, mean;
   } cases[] = {{nan, 0.5f, 0.5, 0.5, "nan"}, {nan, nan, 0, 0, "nan"}, {infinity, 1, 1, "inf", "inf"}};
   for (const auto& c : cases) {
-    const auto real = Image::create({2, 1, 1, 1, 1}, eImageBufferType::Real32);
-    real->getRow<float>(0)[0] = c.first;
-    real->getRow<float>(0)[1] = c.second;
-    image::io::writeImage(*real, folder / "real.tif");
+    const float values[] = {c.first, c.second};
+    image::io::writeImage(*Image::wrapConst(values, {2, 1}, eImageBufferType::Real32, {}),
+                          folder / "real.tif");
     const Json info = callJson("info real.tif --json");
-    EXPECT_EQ(c.minimum, info.at("minimum"));
-    EXPECT_EQ(c.maximum, info.at("maximum"));
-    EXPECT_EQ(c.mean, info.at("mean"));
+    EXPECT_EQ((Json{c.minimum, c.maximum, c.mean}), (Json{info["minimum"], info["maximum"], info["mean"]}));
   }
 }
 
