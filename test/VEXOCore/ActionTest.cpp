@@ -109,7 +109,10 @@ TEST_P(ActionRun, EveryPieceRunsOnce) {
 TEST_P(ActionRun, TheFirstFailureEndsTheRunAndIsReported) {
   std::atomic<int> place{0};
   Pieces pieces(1000, [&](std::size_t, const RunShare& share) {
-    if (place++ == 0) throw std::runtime_error("first");
+    if (place++ == 0) {
+      eventually([&] { return place == static_cast<int>(threads()); });
+      throw std::runtime_error("first");
+    }
     eventually([&] { return share.state.isStopped(); });
     throw std::runtime_error("late");
   });

@@ -118,7 +118,7 @@ TEST_P(SampleType, NegativeStridesTurnAnImageOver) {
 
 TEST(SubImage, SharesTheSamplesAndKeepsThemAlive) {
   const ImageGeometry g{4, 3, 5, 2, 3};
-  auto image = makeRandom(g, eImageBufferType::Int16, 1);
+  const auto image = makeRandom(g, eImageBufferType::Int16, 1);
   for (std::size_t t = 0; t < g.t; ++t)
     for (std::size_t c = 0; c < g.c; ++c)
       for (std::size_t first = 0; first < g.z; ++first)
@@ -130,12 +130,13 @@ TEST(SubImage, SharesTheSamplesAndKeepsThemAlive) {
           ASSERT_EQ(getSample(*image, 3, 2, first + slices - 1, c, t), 1000.0 + slices);
           ASSERT_EQ(host.getRow(0), image->getRow(0, first, c, t));
         }
-  const auto part = image->getSubImage(4, 1, 1, 2);
-  const auto copy = makeCopy(hostImage(part, "part"));
-  image.reset();
-  // Freed memory would be given to the next image of the size.
-  const auto next = makeRandom(g, eImageBufferType::Int16, 2, 30000);
-  EXPECT_TRUE(sameSamples(hostImage(part, "part"), *copy));
+  // Memory of this size that is free is given to the next image.
+  auto large = Image::create({2048, 1024}, u8);
+  const auto shown = large->getSubImage(0, 1, 0, 0);
+  large.reset();
+  const auto next = Image::create({2048, 1024}, u8);
+  EXPECT_NE(next->getData(), hostImage(shown, "shown").getData());
+  setSample(hostImage(shown, "shown"), 1, 0, 0);
 }
 
 TEST(SubImage, RangesOutsideAreRefused) {
