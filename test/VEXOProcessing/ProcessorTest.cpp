@@ -225,16 +225,6 @@ TEST(WorkImages, AreReleasedUnlessTheCallerSuppliedThem) {
   EXPECT_EQ(p->getStorage<attr::OutWk2Img>(), nullptr);
 }
 
-TEST(CheckCall, NamesTheMissingInput) {
-  const auto p = makeEveryKind();
-  EXPECT_NO_THROW(p->checkCall());
-  for (const char* name : {"InFlag", "InKnl", "InOutCounter", "InImg", "InOutImg"}) {
-    const auto lacking = boost::static_pointer_cast<EveryKind>(p->duplicateShared());
-    lacking->findAttribute(name)->clear();
-    expectFailure({"EveryKind", name}, [&] { executeSyncRun(lacking); });
-  }
-}
-
 TEST(Copy, SharesValuesButNotResults) {
   const auto in = makeRandom({9, 8}, u16, 1), other = makeRandom({6, 30}, u16, 2);
   const auto p = makeSum(in);
