@@ -95,6 +95,7 @@ TEST(Log, RaisingLogsOnceAndTellsThePlaceUnlessItIsSilent) {
   }
   logger.setLogLevel(log4cplus::OFF_LOG_LEVEL);
   EXPECT_THROW(raiseError(VEXO_HERE, "LogTest", "value ", 3), BaseException);
+  logger.setLogLevel(log4cplus::NOT_SET_LOG_LEVEL);
   logger.removeAppender(log4cplus::SharedAppenderPtr(recorder.get()));
   ASSERT_EQ(recorder->events.size(), 1u);
   const auto& event = recorder->events[0];
