@@ -272,16 +272,17 @@ TEST(Convolution2d, BadCallsNameWhatIsWrongAndTouchNothing) {
   };
   const KernelPtr kernel = boxKernel<KernelXY>(-1, 1, -1, 1), far = kernelOf({{0, 0, 1}, {40000, 0, 1}}),
                   deep = kernelOf({{0, -32768, 1}});
-  expectRefused({{[&] { convolution2dImg(nullptr, kernel, true); }, "InImg"},
-                 {[&] { convolution2dImg(in, nullptr, true); }, "InKnlXY"},
-                 {[&] { convolution2dImg(in, kernel, true, BorderPtr()); }, "InOptConvolBorder2d"},
-                 {[&] { convolution2dImg(in, kernel, true, ImagePtr()); }, "OutImg"},
-                 {[&] { convolution2dImg(in, kernel, true, wrong); }, "20 x 11"},
-                 {[&] { convolution2dImg(in, far, true, out); }, "InKnlXY: the value is refused: it reaches 40000"},
-                 {[&] { getAsyncProcessorOutput(convolution2dImg_async(in, far, true, out)); }, "40000"},
-                 {[&] { convolution2dImg(in, deep, true, out); }, "InKnlXY: the value is refused: it reaches 32768"},
-                 {[&] { convolution2dImg(part(0), kernel, true, part(1)); }, "overlap"},
-                 {[&] { getAsyncProcessorOutput(boost::shared_ptr<Convolution2dImgLvl1>()); }, "null"}});
+  expectRefused(
+      {{[&] { convolution2dImg(nullptr, kernel, true); }, "InImg"},
+       {[&] { convolution2dImg(in, nullptr, true); }, "InKnlXY"},
+       {[&] { convolution2dImg(in, kernel, true, BorderPtr()); }, "InOptConvolBorder2d"},
+       {[&] { convolution2dImg(in, kernel, true, ImagePtr()); }, "OutImg"},
+       {[&] { convolution2dImg(in, kernel, true, wrong); }, "20 x 11"},
+       {[&] { convolution2dImg(in, far, true, out); }, "InKnlXY: the value is refused: it reaches 40000"},
+       {[&] { getAsyncProcessorOutput(convolution2dImg_async(in, far, true, out)); }, "40000"},
+       {[&] { convolution2dImg(in, deep, true, out); }, "InKnlXY: the value is refused: it reaches 32768"},
+       {[&] { convolution2dImg(part(0), kernel, true, part(1)); }, "overlap"},
+       {[&] { getAsyncProcessorOutput(boost::shared_ptr<Convolution2dImgLvl1>()); }, "null"}});
   EXPECT_TRUE(sameBits(*wrong, *wrongBefore));
   EXPECT_TRUE(sameBits(*out, *before));
 }

@@ -166,13 +166,14 @@ TEST(Convolution3d, BadCallsNameWhatIsWrongAndTouchNothing) {
   const ImagePtr wrong = randomImage({20, 10, 5}, real32), out = randomImage({20, 10, 4}, real32);
   const ImagePtr before = copyOf(*out);
   const KernelPtr kernel = boxKernel<KernelXYZ>(-1, 1, -1, 1), far = kernelOf({{0, 0, 40000, 1}});
-  expectRefused({{[&] { convolution3dImg(nullptr, kernel, true); }, "InImg3d"},
-                 {[&] { convolution3dImg(in, nullptr, true); }, "InKnlXYZ"},
-                 {[&] { convolution3dImg(in, kernel, true, BorderPtr()); }, "InOptConvolBorder3d"},
-                 {[&] { convolution3dImg(in, kernel, true, ImagePtr()); }, "OutImg"},
-                 {[&] { convolution3dImg(in, kernel, true, wrong); }, "20 x 10 x 5"},
-                 {[&] { convolution3dImg(in, far, true, out); }, "InKnlXYZ: the value is refused: it reaches 40000"},
-                 {[&] { getAsyncProcessorOutput(boost::shared_ptr<Convolution3dImgLvl1>()); }, "null"}});
+  expectRefused(
+      {{[&] { convolution3dImg(nullptr, kernel, true); }, "InImg3d"},
+       {[&] { convolution3dImg(in, nullptr, true); }, "InKnlXYZ"},
+       {[&] { convolution3dImg(in, kernel, true, BorderPtr()); }, "InOptConvolBorder3d"},
+       {[&] { convolution3dImg(in, kernel, true, ImagePtr()); }, "OutImg"},
+       {[&] { convolution3dImg(in, kernel, true, wrong); }, "20 x 10 x 5"},
+       {[&] { convolution3dImg(in, far, true, out); }, "InKnlXYZ: the value is refused: it reaches 40000"},
+       {[&] { getAsyncProcessorOutput(boost::shared_ptr<Convolution3dImgLvl1>()); }, "null"}});
   EXPECT_TRUE(sameBits(*out, *before));
 }
 
