@@ -119,6 +119,13 @@ public:
   static StorageType defaultValue() { return image::mirorBorder3d(); }
 };
 
+/// Despeckle.
+class InFactor : public processor::Attribute<InFactor, double> {
+public:
+  static constexpr char toolTip[] =
+      "Distance from the mean of the neighbours, in standard deviations, beyond which a pixel is replaced";
+};
+
 /// Gaussian smoothing: standard deviations in samples. The kernel builder refuses a negative one and one that
 /// is not finite.
 class InStdDevX : public processor::Attribute<InStdDevX, float> {

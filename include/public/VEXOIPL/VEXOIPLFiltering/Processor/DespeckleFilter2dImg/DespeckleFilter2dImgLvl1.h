@@ -1,0 +1,59 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
+class VEXO_API DespeckleFilter2dImgLvl1 final
+    : public processor::ProcessorClass<DespeckleFilter2dImgLvl1, processor::BaseAsync1Processor> {
+public:
+  using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                                              attr::InFactor, attr::OutImg>;
+  static constexpr auto toolTipId = eProcessorMessage::DespeckleFilter2dImgLvl1;
+
+private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
+  BoolResult retrieveProvider(const core::BasePriority& priority,
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+};
+
+/// Removes isolated outliers: a pixel whose distance from the mean of its neighbours is more than `inFactor`
+/// of their standard deviations becomes that mean; all others are kept. The neighbours are the pixels of the
+/// (2 halfX + 1) x (2 halfY + 1) around it without the pixel itself; mean and deviation are divided by their
+/// number. Pixels outside the image are those of the mirrored image (the edge pixel is repeated). Each plane
+/// is treated on its own.
+///
+/// inImg: any of the seven sample types. outImg: the type and the sizes of the input; it may be the input
+/// itself. inHalfKnlSizeX, inHalfKnlSizeY: in pixels, from 0 to 32767; 0 and 0, which leave no neighbours,
+/// keep all pixels. inFactor: 0, a negative factor and NaN keep all pixels.
+///
+/// Computed in double precision. A mean is cut to an integer towards zero in an integer image, and rounded to
+/// single precision in a float one. A pixel whose window holds a NaN or an infinity is kept.
+///
+/// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, sizes or
+/// type of the output differ, the output overlaps the input without being the same image. The output is then
+/// untouched.
+VEXO_API boost::shared_ptr<image::BaseImage> despeckleFilter2dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, double inFactor);
+VEXO_API void despeckleFilter2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                                   std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+                                   double inFactor, const boost::shared_ptr<image::BaseImage>& outImg);
+
+/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
+/// getAsyncProcessorOutput is called; only values that are refused throw here.
+VEXO_API boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, double inFactor);
+VEXO_API boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, double inFactor, const boost::shared_ptr<image::BaseImage>& outImg);
+/// Waits for the run and returns its output; throws when the run failed.
+VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<DespeckleFilter2dImgLvl1>& processor);
+
+}  // namespace vexo::imaproc::filter

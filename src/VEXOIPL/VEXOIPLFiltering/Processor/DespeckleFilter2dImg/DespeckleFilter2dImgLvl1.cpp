@@ -1,0 +1,73 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/DespeckleFilter2dImg/DespeckleFilter2dImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/DespeckleFilter2dImg/DespeckleFilter2dImgLvl2.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/Dispatcher.h"
+#include "VEXOProcessing/ImageSplit.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<DespeckleFilter2dImgLvl1> registrator;
+
+}  // namespace
+
+void DespeckleFilter2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                     accessAttribute<attr::InImg>());
+}
+
+processor::RulePtr DespeckleFilter2dImgLvl1::createRule() const {
+  return matchSizeAndType(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
+}
+
+BoolResult DespeckleFilter2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
+                                                      boost::shared_ptr<core::BaseActionProvider>& provider) {
+  using Next = DespeckleFilter2dImgLvl2;
+  provider = processor::dispatchPieces<Next>(
+      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
+      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
+      processor::staticNoSplit<Next, attr::InFactor>(getStorage<attr::InFactor>()));
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> despeckleFilter2dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, double inFactor) {
+  return processor::runCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                            attr::InFactor>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor)
+      ->getStorage<attr::OutImg>();
+}
+
+void despeckleFilter2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                          std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY, double inFactor,
+                          const boost::shared_ptr<image::BaseImage>& outImg) {
+  processor::runCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                     attr::InFactor, attr::OutImg>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor, outImg);
+}
+
+boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, double inFactor) {
+  return processor::startCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX,
+                              attr::InHalfKnlSizeY, attr::InFactor>(inImg, inHalfKnlSizeX, inHalfKnlSizeY,
+                                                                    inFactor);
+}
+
+boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, double inFactor, const boost::shared_ptr<image::BaseImage>& outImg) {
+  return processor::startCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX,
+                              attr::InHalfKnlSizeY, attr::InFactor, attr::OutImg>(
+      inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<DespeckleFilter2dImgLvl1>& processor) {
+  return processor::awaitOutput<attr::OutImg>(processor);
+}
+
+}  // namespace vexo::imaproc::filter
