@@ -16,20 +16,26 @@ processor::RulePtr DespeckleFilter2dImgLvl2::createRule() const {
   return matchSizeAndType(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
 }
 
+// In place the kernel keeps whole rows of its window, in double precision. Where that would be much memory,
+// results wait in a buffer of their strip instead.
 BoolResult DespeckleFilter2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                       boost::shared_ptr<core::BaseActionProvider>& provider) {
   using Next = DespeckleFilter2dImgLvl3;
-  const auto allocation = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>())
-                              ? image::eStripAllocationType::OwnBuffer
-                              : image::eStripAllocationType::View;
+  using image::eStripAllocationType;
+  constexpr std::size_t largestWindow = 256 * 1024;  // samples
+  const auto image = getStorage<attr::InSubImg2d>();
+  const bool inSitu = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
+  const bool large = image->getSizeX() > largestWindow / (2 * getStorage<attr::InHalfKnlSizeY>() + 1);
+  const auto readFrom = inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
+  const auto writeTo = inSitu && large ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
   const image::StripMargins margins =
       centredMargins(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>());
   provider = processor::dispatchStrips<Next>(
       priority,
       boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
-          getStorage<attr::InSubImg2d>(), allocation, margins),
+          image, readFrom, margins),
       boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
-          getStorage<attr::OutImg>(), image::eStripAllocationType::View),
+          getStorage<attr::OutImg>(), writeTo),
       processor::dynamicNoSplit<Next, attr::InFactor>(getStorage<attr::InFactor>()));
   return true;
 }

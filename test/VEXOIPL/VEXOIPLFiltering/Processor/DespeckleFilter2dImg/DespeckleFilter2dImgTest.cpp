@@ -94,6 +94,13 @@ TEST_P(DespeckleTypes, BitsDoNotDependOnHowItIsRun) {
   core::ActionRunner::getInstance().setThreadCount(0);
 }
 
+// Wide images and tall windows, whose rows are too much to keep.
+TEST(DespeckleFilter2d, LargeWindowsInPlace) {
+  const ImagePtr in = speckledImage({3000, 130}, eImageBufferType::UInt8), same = copyOf(*in);
+  despeckleFilter2dImg(same, 1, 50, 0.5, same);
+  EXPECT_TRUE(sameBits(*same, *run(in, 1, 50, 0.5)));
+}
+
 TEST(DespeckleFilter2d, SmallImagesOnEveryInstructionSet) {
   for (const auto& sets : offeredSets()) {
     const ForcedSets forced(kernelClass, sets);
