@@ -10,10 +10,10 @@ namespace {
 
 // Classes are known while their library is loaded, however often that happens.
 TEST(Library, RegistersItsClassesWhileItIsLoaded) {
-  const std::string name = "vexo::imaproc::filter::MeanSmoothing2dImgLvl1";
+  const std::string name = "vexo::imaproc::logic::MaskImgImgLvl1";
   for (int round = 0; round < 3; ++round) {
     ASSERT_FALSE(ProcessorFactory::isRegistered(name)) << round;
-    void* library = dlopen(VEXO_FILTERING_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    void* library = dlopen(VEXO_PROCESSOR_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     EXPECT_EQ(ProcessorFactory::createProcessor(name)->getClassName(), name);
     const auto names = ProcessorFactory::getTypeNames();
