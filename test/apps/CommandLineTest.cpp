@@ -304,27 +304,26 @@ TEST_F(CommandLineTest, DescribesAProcessor) {
 }
 
 TEST_F(CommandLineTest, PrintsOutputsThatAreNoImage) {
-  for (const char* file : {"in.tif", "real.tif"}) {
-    double sum = 0, squares = 0, low = 255, high = 0;
-    for (std::size_t y = 0; y < 150; ++y)
-      for (std::size_t x = 0; x < 37; ++x) {
-        const double v = input->getRow<std::uint8_t>(y)[x];
-        sum += v;
-        squares += v * v;
-        low = std::min(low, v);
-        high = std::max(high, v);
-      }
-    const Json printed = callJson(std::string("run StatsMsrLvl1 --InImg ") + file);
-    ASSERT_EQ(1u, printed.size());
-    const Json& result = printed.at("OutStatsResult");
-    const double mean = sum / 5550, deviation = std::sqrt(squares / 5550 - mean * mean);
-    EXPECT_EQ(low, result.at("minimum"));
-    EXPECT_EQ(high, result.at("maximum"));
-    EXPECT_EQ(sum, result.at("sum"));
-    EXPECT_EQ(5550, result.at("count"));
-    EXPECT_NEAR(mean, result.at("mean").get<double>(), 1e-12 * mean);
-    EXPECT_NEAR(deviation, result.at("standardDeviation").get<double>(), 1e-10 * deviation);
-  }
+  double sum = 0, squares = 0, low = 255, high = 0;
+  for (std::size_t y = 0; y < 150; ++y)
+    for (std::size_t x = 0; x < 37; ++x) {
+      const double v = input->getRow<std::uint8_t>(y)[x];
+      sum += v;
+      squares += v * v;
+      low = std::min(low, v);
+      high = std::max(high, v);
+    }
+  const Json printed = callJson("run StatsMsrLvl1 --InImg in.tif");
+  ASSERT_EQ(1u, printed.size());
+  const Json& found = printed.at("OutStatsResult");
+  const double mean = sum / 5550, deviation = std::sqrt(squares / 5550 - mean * mean);
+  EXPECT_EQ(low, found.at("minimum"));
+  EXPECT_EQ(high, found.at("maximum"));
+  EXPECT_EQ(sum, found.at("sum"));
+  EXPECT_EQ(5550, found.at("count"));
+  EXPECT_NEAR(mean, found.at("mean").get<double>(), 1e-12 * mean);
+  EXPECT_NEAR(deviation, found.at("standardDeviation").get<double>(), 1e-10 * deviation);
+
   const auto real = Image::create({2, 1, 1, 1, 1}, eImageBufferType::Real32);
   real->getRow<float>(0)[0] = std::nanf("");
   real->getRow<float>(0)[1] = -3;
