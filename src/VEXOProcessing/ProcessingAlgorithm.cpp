@@ -113,19 +113,21 @@ KernelRegistrator::KernelRegistrator(AlgorithmFunctionSelector& selector,
                                      const std::vector<KernelObject>& objects) {
   for (const KernelObject& object : objects) {
     if (!AlgorithmFunctionSelector::isSupported(object.sets)) continue;
-    for (int in = 0; in < kernelTypeCount; ++in)
-      for (int out = 0; out < kernelTypeCount; ++out) {
-        if (!object.table.functions[in][out]) continue;
-        AlgorithmFunctionIdentifier identifier;
+    const auto add = [&](KernelFunction function, std::initializer_list<int> types) {
+      if (!function) return;
+      AlgorithmFunctionIdentifier identifier;
+      for (const int type : types)
         identifier.types.add(
-            boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(in)));
-        identifier.types.add(
-            boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(out)));
-        identifier.sets = object.sets;
-        identifier.efficiency = AlgorithmFunctionEfficiency(object.sets).getEfficiency();
-        identifier.function = {object.table.functions[in][out], &object.table};
-        selector.registerFunction(identifier);
-      }
+            boost::make_shared<imaproc::ImageBufferTypeIdentifier>(image::eImageBufferType(type)));
+      identifier.sets = object.sets;
+      identifier.efficiency = AlgorithmFunctionEfficiency(object.sets).getEfficiency();
+      identifier.function = {function, &object.table};
+      selector.registerFunction(identifier);
+    };
+    for (int in = 0; in < kernelTypeCount; ++in) {
+      add(object.table.inputFunctions[in], {in});
+      for (int out = 0; out < kernelTypeCount; ++out) add(object.table.functions[in][out], {in, out});
+    }
   }
 }
 

@@ -51,8 +51,9 @@ using LeafValues = NativeTypes<bool, std::uint32_t, std::int32_t, float, double>
 /// Leaves with texts to set. Texts, as only setText lets a leaf refuse a value.
 using LeafTexts = std::vector<std::pair<BaseDataItemLeaf*, std::string>>;
 
-void collect(BaseIArchive& archive, BaseDataItemNode& item, LeafTexts& texts) {
-  const ArchiveSectionManager<BaseIArchive> section(archive, item.getKey());
+void collect(BaseIArchive& archive, BaseDataItemNode& item, const std::string& sectionName,
+             LeafTexts& texts) {
+  const ArchiveSectionManager<BaseIArchive> section(archive, sectionName);
   std::uint32_t version = 0;
   archive.read(versionName, version);
   if (version > item.getVersion())
@@ -60,21 +61,30 @@ void collect(BaseIArchive& archive, BaseDataItemNode& item, LeafTexts& texts) {
                                     item.getKey(), version, item.getVersion());
   for (std::size_t i = 0; i < item.getLeafCount(); ++i)
     texts.emplace_back(&item.getLeaf(i), LeafValues::read(archive, item.getLeaf(i)));
-  for (std::size_t i = 0; i < item.getNodeCount(); ++i) collect(archive, item.getNode(i), texts);
+  for (std::size_t i = 0; i < item.getNodeCount(); ++i)
+    collect(archive, item.getNode(i), item.getNode(i).getKey(), texts);
 }
 
 }  // namespace
 
 void writeDataItem(BaseOArchive& archive, const BaseDataItemNode& item) {
-  const ArchiveSectionManager<BaseOArchive> section(archive, item.getKey());
+  writeDataItem(archive, item, item.getKey());
+}
+
+void writeDataItem(BaseOArchive& archive, const BaseDataItemNode& item, const std::string& sectionName) {
+  const ArchiveSectionManager<BaseOArchive> section(archive, sectionName);
   archive.write(versionName, item.getVersion());
   for (std::size_t i = 0; i < item.getLeafCount(); ++i) LeafValues::write(archive, item.getLeaf(i));
   for (std::size_t i = 0; i < item.getNodeCount(); ++i) writeDataItem(archive, item.getNode(i));
 }
 
 void readDataItem(BaseIArchive& archive, BaseDataItemNode& item) {
+  readDataItem(archive, item, item.getKey());
+}
+
+void readDataItem(BaseIArchive& archive, BaseDataItemNode& item, const std::string& sectionName) {
   LeafTexts texts;
-  collect(archive, item, texts);
+  collect(archive, item, sectionName, texts);
   LeafTexts olds;
   for (const auto& [leaf, text] : texts) {
     olds.emplace_back(leaf, leaf->getText());

@@ -55,6 +55,21 @@ TEST(Selector, TakesTheMostEfficientOfTheAllowed) {
   EXPECT_EQ(selector.select(DataTypeIdentifierColl(), {}).function, nullptr);
 }
 
+TEST(KernelRegistrator, RegistersFunctionsWithoutTargetsByTheirInput) {
+  KernelTable table = {};
+  table.inputFunctions[6] = numbered<1>;
+  AlgorithmFunctionSelector selector;
+  const KernelRegistrator registrator(selector, {{{eIS_Standard}, table}});
+  const auto select = [&](image::eImageBufferType type) {
+    DataTypeIdentifierColl input;
+    input.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(type));
+    return selector.select(input, {}).function;
+  };
+  EXPECT_EQ(select(real), numbered<1>);
+  EXPECT_EQ(select(u8), nullptr);
+  EXPECT_EQ(selector.select(types(real, real), {}).function, nullptr);
+}
+
 /// A third-level class with kernels of its own, which a test may take away.
 class Numbered final : public KernelProcessorClass<Numbered> {
 public:

@@ -284,6 +284,39 @@ TEST_F(CommandLineTest, DescribesAProcessor) {
   }
 }
 
+TEST_F(CommandLineTest, PrintsOutputsThatAreNoImage) {
+  double sum = 0, squares = 0, low = 255, high = 0;
+  for (std::size_t y = 0; y < 150; ++y)
+    for (std::size_t x = 0; x < 37; ++x) {
+      const double v = input->getRow<std::uint8_t>(y)[x];
+      sum += v;
+      squares += v * v;
+      low = std::min(low, v);
+      high = std::max(high, v);
+    }
+  const Json printed = callJson("run StatsMsrLvl1 --InImg in.tif");
+  ASSERT_EQ(1u, printed.size());
+  const Json& found = printed.at("OutStatsResult");
+  const double mean = sum / 5550, deviation = std::sqrt(squares / 5550 - mean * mean);
+  EXPECT_EQ(low, found.at("minimum"));
+  EXPECT_EQ(high, found.at("maximum"));
+  EXPECT_EQ(sum, found.at("sum"));
+  EXPECT_EQ(5550, found.at("count"));
+  EXPECT_NEAR(mean, found.at("mean").get<double>(), 1e-12 * mean);
+  EXPECT_NEAR(deviation, found.at("standardDeviation").get<double>(), 1e-10 * deviation);
+
+  const auto real = Image::create({2, 1, 1, 1, 1}, eImageBufferType::Real32);
+  real->getRow<float>(0)[0] = std::nanf("");
+  real->getRow<float>(0)[1] = -3;
+  image::io::writeImage(*real, folder / "nan.tif");
+  const Json result = callJson("run StatsMsr --InImg nan.tif").at("OutStatsResult");
+  EXPECT_EQ(-3, result.at("minimum"));
+  EXPECT_EQ("nan", result.at("mean"));
+  expectRefused(2, "run StatsMsr --InImg in.tif --OutStatsResult minimum=1", "OutStatsResult");
+  const Json attributes = callJson("describe StatsMsr --json").at("attributes");
+  EXPECT_EQ("StatsResult", attributes.at(1).at("valueType"));
+}
+
 TEST_F(CommandLineTest, InformsAboutAnImage) {
   const std::int16_t samples[] = {-7, 2, 300, 4, 5, 6};
   image::io::writeImage(*Image::wrapConst(samples, {3, 1, 2}, eImageBufferType::Int16, {6, 6}),

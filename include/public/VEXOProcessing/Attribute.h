@@ -228,6 +228,24 @@ using InputImageAttribute = ImageAttribute<Derived, const image::BaseImage>;
 template <class Derived>
 using OutputImageAttribute = ImageAttribute<Derived, image::BaseImage>;
 
+/// A result that is no image: a data item that a run fills, the caller's or one that the run creates. Its
+/// serial form is a section, so that a program reads the fields without taking a text apart.
+template <class Derived, class Item>
+class OutputDataItemAttribute : public Attribute<Derived, boost::shared_ptr<Item>> {
+public:
+  using ItemType = Item;
+
+protected:
+  void writeOther(BaseOArchive& archive) const override {
+    writeDataItem(archive, *this->getStorage(), this->getName());
+  }
+  void readOther(BaseIArchive& archive) override {
+    const auto item = boost::make_shared<Item>();
+    readDataItem(archive, *item, this->getName());
+    this->setStorage(item);
+  }
+};
+
 /// A strip that a third-level processor reads, and one that it writes.
 class VEXO_API BaseInputStripAttribute : public BaseAttribute {
 public:

@@ -65,14 +65,14 @@ struct ValueText<T, std::enable_if_t<std::is_enum_v<T>>> {
   }
 };
 
-/// A shared read-only data item: its fields.
+/// A shared data item, read-only or to be filled: its fields.
 template <class T>
-struct ValueText<boost::shared_ptr<const T>, std::enable_if_t<std::is_base_of_v<BaseDataItemNode, T>>> {
+struct ValueText<boost::shared_ptr<T>, std::enable_if_t<std::is_base_of_v<BaseDataItemNode, T>>> {
   static constexpr bool available = true;
-  static std::string typeName() { return shortTypeName(vexo::typeName<T>()); }
-  static std::string toText(const boost::shared_ptr<const T>& value) { return dataItemToText(*value); }
-  static BoolResult fromText(const std::string& text, boost::shared_ptr<const T>& value) {
-    const auto parsed = boost::make_shared<T>();
+  static std::string typeName() { return shortTypeName(vexo::typeName<std::remove_const_t<T>>()); }
+  static std::string toText(const boost::shared_ptr<T>& value) { return dataItemToText(*value); }
+  static BoolResult fromText(const std::string& text, boost::shared_ptr<T>& value) {
+    const auto parsed = boost::make_shared<std::remove_const_t<T>>();
     if (const BoolResult result = dataItemFromText(text, *parsed); !result) return result;
     value = parsed;
     return true;

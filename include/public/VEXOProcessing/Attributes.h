@@ -215,6 +215,14 @@ class OutYStrip2d : public processor::OutputStripAttribute<OutYStrip2d> {
 public:
   static constexpr char toolTip[] = "Band of rows that receives the result";
 };
+class InYStrip2d : public processor::InputStripAttribute<InYStrip2d> {
+public:
+  static constexpr char toolTip[] = "Band of rows to process";
+};
+class InZStrip3d : public processor::InputStripAttribute<InZStrip3d> {
+public:
+  static constexpr char toolTip[] = "Band of slices to process";
+};
 class InYStrip2d1 : public processor::InputStripAttribute<InYStrip2d1> {
 public:
   static constexpr char toolTip[] = "Band of rows of the first image";

@@ -50,6 +50,23 @@ VEXO_API boost::shared_ptr<BaseOutputInitializer> makeDuplicateInitializer(
 VEXO_API boost::shared_ptr<BaseOutputInitializer> makePromoteInitializer(
     boost::weak_ptr<BaseImageAttribute> output, boost::weak_ptr<const BaseImageAttribute> input);
 
+/// Creates an output that is a data item (OutputDataItemAttribute), for a run to fill.
+template <class A>
+class DataItemInitializer final : public BaseOutputInitializer {
+public:
+  explicit DataItemInitializer(boost::weak_ptr<A> output) : _output(std::move(output)) {}
+  void initOutputAttribute() override {
+    if (const auto output = _output.lock()) output->setStorage(boost::make_shared<typename A::ItemType>());
+  }
+
+private:
+  boost::weak_ptr<A> _output;
+};
+template <class A>
+boost::shared_ptr<BaseOutputInitializer> makeDataItemInitializer(const boost::shared_ptr<A>& output) {
+  return boost::make_shared<DataItemInitializer<A>>(output);
+}
+
 }  // namespace vexo::processor
 
 namespace vexo::imaproc {

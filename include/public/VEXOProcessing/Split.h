@@ -115,4 +115,22 @@ private:
   CreationFunction _create;
 };
 
+/// An object per strip, kept in the order of the strips for what comes after them.
+template <class P, class A>
+class DynamicCollectedResultSplit : public TargetedSplit<BaseDynamicSplit, P, A> {
+public:
+  void prepare(const image::StripBounds& bounds) override {
+    _results.clear();
+    while (_results.size() + 1 < bounds.size())
+      _results.push_back(defaultDynamicByCreationResultSplitCreationFun<A>(_results.size()));
+  }
+  const std::vector<typename A::StorageType>& getResults() const { return _results; }
+
+protected:
+  typename A::StorageType getValue(std::size_t pieceIndex) const override { return _results.at(pieceIndex); }
+
+private:
+  std::vector<typename A::StorageType> _results;
+};
+
 }  // namespace vexo::processor

@@ -78,10 +78,13 @@ private:
   Archive& _archive;
 };
 
-/// A data item as a section named by its key: "version", its leaves, its nodes.
+/// A data item as a section named by its key, or as told: "version", its leaves, its nodes.
 VEXO_API void writeDataItem(BaseOArchive& archive, const BaseDataItemNode& item);
+VEXO_API void writeDataItem(BaseOArchive& archive, const BaseDataItemNode& item,
+                            const std::string& sectionName);
 /// Reads all leaves and nodes, or throws an UnHandleException (a missing leaf, a value that a leaf refuses, a
 /// version greater than that of the item) and leaves the item as it was.
 VEXO_API void readDataItem(BaseIArchive& archive, BaseDataItemNode& item);
+VEXO_API void readDataItem(BaseIArchive& archive, BaseDataItemNode& item, const std::string& sectionName);
 
 }  // namespace vexo

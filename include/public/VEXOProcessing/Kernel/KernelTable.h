@@ -39,6 +39,7 @@ struct KernelTable {
   LoadLine loaders[kernelTypeCount];
   StoreLine storers[kernelTypeCount];
   size_t (*scratchSize)(const ProcessingInfo& info);  ///< called with scratch unset
+  KernelFunction inputFunctions[kernelTypeCount];     ///< [type of sources[0]]: functions without targets
 };
 
 }  // namespace vexo::processor

@@ -1,0 +1,20 @@
+#include "VEXOIPL/VEXOIPLGlobalMeasure/VEXOIPLGlobalMeasureLog.h"
+
+namespace vexo::imaproc::glbmsr {
+
+VEXOIPLGlobalMeasureException::~VEXOIPLGlobalMeasureException() = default;
+
+const std::string& getVEXOIPLGlobalMeasureLoggerName() {
+  static const std::string name = getBaseLoggerName() + ".VEXOIPLGlobalMeasure";
+  return name;
+}
+
+log4cplus::Logger getVEXOIPLGlobalMeasureLogger() {
+  return getModuleLogger("VEXOIPLGlobalMeasure");
+}
+
+LogMessageManager& getVEXOIPLGlobalMeasureLogMessageManager() {
+  return LogMessageManager::getInstance("VEXOIPLGlobalMeasure");
+}
+
+}  // namespace vexo::imaproc::glbmsr
