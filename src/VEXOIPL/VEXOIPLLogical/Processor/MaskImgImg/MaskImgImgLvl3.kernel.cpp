@@ -4,9 +4,9 @@
 // only: so 49 conversions and three choices serve all combinations of types.
 
 #include "VEXOIPL/VEXOIPLLogical/Processor/MaskImgImg/MaskImgImgParameters.h"
-#include "VEXOProcessing/Kernel/Convert.h"
 #include "VEXOProcessing/Kernel/Integers.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
+#include "VEXOProcessing/Kernel/Samples.h"
 
 namespace vexo::imaproc::logic {
 class MaskImgImgLvl3;
@@ -18,14 +18,6 @@ namespace {
 
 using imaproc::logic::MaskImgImgParameters;
 using processor::ProcessingInfo;
-
-constexpr ptrdiff_t pieceLength = 1024;  ///< samples; a multiple of convertedAtOnce
-static_assert(pieceLength % convertedAtOnce == 0);
-
-template <class A, class B>
-constexpr bool isSame = false;
-template <class A>
-constexpr bool isSame<A, A> = true;
 
 template <size_t size>
 struct UnsignedOf;
@@ -41,56 +33,6 @@ template <>
 struct UnsignedOf<4> {
   using Type = unsigned;
 };
-
-/// An integer type that holds all values of both types.
-template <class A, class B, bool narrow = (sizeof(A) < 4 && sizeof(B) < 4)>
-struct CommonInteger {
-  using Type = long long;
-};
-template <class A, class B>
-struct CommonInteger<A, B, true> {
-  using Type = int;
-};
-
-/// Lowest and highest sample of an integer type.
-template <class T>
-constexpr long long lowestInteger = isSigned<T> ? -(1ll << (8 * sizeof(T) - 1)) : 0;
-template <class T>
-constexpr long long highestInteger = (1ll << (8 * sizeof(T) - isSigned<T>)) - 1;
-
-/// Converts up to pieceLength samples. Answers where they are: in the piece, or where they were when there is
-/// nothing to convert. The piece may be written beyond n.
-template <class TIn, class TOut>
-const unsigned char* convertPiece(unsigned char* piece, const unsigned char* samples, ptrdiff_t n) {
-  if constexpr (isSame<TIn, TOut>) {
-    return samples;
-  } else if constexpr (isSame<TOut, float>) {
-    for (ptrdiff_t i = 0; i < n; ++i) {
-      TIn value;
-      __builtin_memcpy(&value, samples + i * ptrdiff_t(sizeof value), sizeof value);
-      const float converted = float(value);
-      __builtin_memcpy(piece + i * ptrdiff_t(sizeof converted), &converted, sizeof converted);
-    }
-  } else if constexpr (isSame<TIn, float>) {
-    float line[convertedAtOnce] = {};
-    for (ptrdiff_t i = 0; i < n; i += convertedAtOnce) {
-      const ptrdiff_t count = smaller(convertedAtOnce, n - i);
-      __builtin_memcpy(line, samples + i * ptrdiff_t(sizeof(float)), size_t(count) * sizeof(float));
-      convertBlock<TOut, eConversion::Saturate>(piece + i * ptrdiff_t(sizeof(TOut)), line);
-    }
-  } else {
-    using Wide = typename CommonInteger<TIn, TOut>::Type;
-    constexpr Wide low = Wide(lowestInteger<TOut>), high = Wide(highestInteger<TOut>);
-    for (ptrdiff_t i = 0; i < n; ++i) {
-      TIn value;
-      __builtin_memcpy(&value, samples + i * ptrdiff_t(sizeof value), sizeof value);
-      const Wide wide = Wide(value);
-      const TOut converted = TOut(wide < low ? low : wide > high ? high : wide);
-      __builtin_memcpy(piece + i * ptrdiff_t(sizeof converted), &converted, sizeof converted);
-    }
-  }
-  return piece;
-}
 
 using Converter = const unsigned char* (*)(unsigned char* piece, const unsigned char* samples, ptrdiff_t n);
 template <class TOut>
@@ -136,37 +78,20 @@ const char* maskImages(const ProcessingInfo& info) {
   return nullptr;
 }
 
-template <class TIn>
-constexpr void addInput(processor::KernelTable& table, int in) {
-  table.functions[in][0] = maskImages<TIn, unsigned char>;
-  table.functions[in][1] = maskImages<TIn, signed char>;
-  table.functions[in][2] = maskImages<TIn, unsigned short>;
-  table.functions[in][3] = maskImages<TIn, short>;
-  table.functions[in][4] = maskImages<TIn, unsigned>;
-  table.functions[in][5] = maskImages<TIn, int>;
-  table.functions[in][6] = maskImages<TIn, float>;
-}
+template <class TIn, class TOut>
+struct MaskImages {
+  static const char* run(const ProcessingInfo& info) { return maskImages<TIn, TOut>(info); }
+};
 
-constexpr processor::KernelTable makeTable() {
-  processor::KernelTable table = {};
-#if !defined(VEXO_KERNEL_SET_avx)  // which has no integer vectors
-  table.scratchSize = [](const ProcessingInfo&) -> size_t { return 2 * pieceLength * sizeof(float); };
-  addInput<unsigned char>(table, 0);
-  addInput<signed char>(table, 1);
-  addInput<unsigned short>(table, 2);
-  addInput<short>(table, 3);
-  addInput<unsigned>(table, 4);
-  addInput<int>(table, 5);
-  addInput<float>(table, 6);
-#endif
-  return table;
+size_t scratchSize(const ProcessingInfo&) {
+  return 2 * pieceLength * sizeof(float);
 }
 
 }  // namespace
 
 template <>
 const processor::KernelTable& Kernels<imaproc::logic::MaskImgImgLvl3>::table() {
-  static constexpr processor::KernelTable table = makeTable();
+  static constexpr processor::KernelTable table = makeSampleTable<MaskImages>(scratchSize);
   return table;
 }
 

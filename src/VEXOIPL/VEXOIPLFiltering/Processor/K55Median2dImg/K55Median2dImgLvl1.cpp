@@ -1,0 +1,59 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl2.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/Dispatcher.h"
+#include "VEXOProcessing/ImageSplit.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<K55Median2dImgLvl1> registrator;
+
+}  // namespace
+
+void K55Median2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                     accessAttribute<attr::InImg>());
+}
+
+processor::RulePtr K55Median2dImgLvl1::createRule() const {
+  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
+}
+
+BoolResult K55Median2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
+                                                boost::shared_ptr<core::BaseActionProvider>& provider) {
+  using Next = K55Median2dImgLvl2;
+  provider =
+      processor::dispatchPieces<Next>(priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
+                                      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()));
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> k55Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg) {
+  return processor::runCall<K55Median2dImgLvl1, attr::InImg>(inImg)->getStorage<attr::OutImg>();
+}
+
+void k55Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                    const boost::shared_ptr<image::BaseImage>& outImg) {
+  processor::runCall<K55Median2dImgLvl1, attr::InImg, attr::OutImg>(inImg, outImg);
+}
+
+boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg) {
+  return processor::startCall<K55Median2dImgLvl1, attr::InImg>(inImg);
+}
+
+boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg,
+    const boost::shared_ptr<image::BaseImage>& outImg) {
+  return processor::startCall<K55Median2dImgLvl1, attr::InImg, attr::OutImg>(inImg, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<K55Median2dImgLvl1>& processor) {
+  return processor::awaitOutput<attr::OutImg>(processor);
+}
+
+}  // namespace vexo::imaproc::filter

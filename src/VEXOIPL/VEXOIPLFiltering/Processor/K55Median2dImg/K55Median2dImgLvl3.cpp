@@ -1,0 +1,19 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl3.h"
+
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<K55Median2dImgLvl3> registrator;
+const processor::KernelRegistrator kernels(K55Median2dImgLvl3::retrieveFunctionSelector(),
+                                           processor::kernelObjects<K55Median2dImgLvl3>());
+
+}  // namespace
+
+BoolResult K55Median2dImgLvl3::preProcessStrip() {
+  accessParser<attr::InKnlYStrip2d>().setBorder2dPolicy(image::mirorBorder2d());
+  return true;
+}
+
+}  // namespace vexo::imaproc::filter
