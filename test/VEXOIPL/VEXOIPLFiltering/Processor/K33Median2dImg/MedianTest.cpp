@@ -1,9 +1,11 @@
-// The medians that compare values: of 3 x 3 and 5 x 5 pixels.
+// The medians that compare values: of 3 x 3, 5 x 5 and any number of samples.
 #include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/GenericMedian2dImg/GenericMedian2dImgLvl1.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/GenericMedian3dImg/GenericMedian3dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/K33Median2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/TestImages.h"
@@ -24,8 +26,35 @@ struct Median {
   std::function<OutPtr(InPtr)> createAsync;
   std::function<OutPtr(InPtr, OutPtr)> fillAsync;
 
+  std::string label() const {
+    return std::string(name) + "_" + std::to_string(hx) + std::to_string(hy) + std::to_string(hz);
+  }
   std::string kernelClass() const { return std::string("vexo::imaproc::filter::") + name + "ImgLvl3"; }
 };
+
+Median generic2d(std::uint32_t hx, std::uint32_t hy) {
+  return {
+      "GenericMedian2d",
+      static_cast<int>(hx),
+      static_cast<int>(hy),
+      0,
+      [=](auto in) { return genericMedian2dImg(in, hx, hy); },
+      [=](auto in, auto out) { genericMedian2dImg(in, hx, hy, out); },
+      [=](auto in) { return getAsyncProcessorOutput(genericMedian2dImg_async(in, hx, hy)); },
+      [=](auto in, auto out) { return getAsyncProcessorOutput(genericMedian2dImg_async(in, hx, hy, out)); }};
+}
+Median generic3d(std::uint32_t hx, std::uint32_t hy, std::uint32_t hz) {
+  return {"GenericMedian3d",
+          static_cast<int>(hx),
+          static_cast<int>(hy),
+          static_cast<int>(hz),
+          [=](auto in) { return genericMedian3dImg(in, hx, hy, hz); },
+          [=](auto in, auto out) { genericMedian3dImg(in, hx, hy, hz, out); },
+          [=](auto in) { return getAsyncProcessorOutput(genericMedian3dImg_async(in, hx, hy, hz)); },
+          [=](auto in, auto out) {
+            return getAsyncProcessorOutput(genericMedian3dImg_async(in, hx, hy, hz, out));
+          }};
+}
 
 const std::vector<Median> medians = {
     {"K33Median2d", 1, 1, 0, [](auto in) { return k33Median2dImg(in); },
@@ -36,6 +65,14 @@ const std::vector<Median> medians = {
      [](auto in, auto out) { k55Median2dImg(in, out); },
      [](auto in) { return getAsyncProcessorOutput(k55Median2dImg_async(in)); },
      [](auto in, auto out) { return getAsyncProcessorOutput(k55Median2dImg_async(in, out)); }},
+    generic2d(3, 0),
+    generic2d(0, 0),
+    generic2d(2, 4),
+    generic2d(9, 6),  // more samples than 8 bits count
+    generic3d(1, 1, 1),
+    generic3d(2, 0, 1),
+    generic3d(0, 2, 2),
+    generic3d(0, 3, 0),
 };
 
 std::vector<double> windowOf(const Image& in, const Median& m, std::size_t x, std::size_t y, std::size_t z,
@@ -66,8 +103,9 @@ void expectMedian(const Image& in, const Image& out, const Median& m) {
   int failures = 0;
   forEachSample(in.getGeometry(), [&](auto x, auto y, auto z, auto c, auto t) {
     std::vector<double> window = windowOf(in, m, x, y, z, c, t);
-    std::sort(window.begin(), window.end());
-    const double expected = converted(window[window.size() / 2], out.getBufferType());
+    const auto middle = window.begin() + static_cast<std::ptrdiff_t>(window.size() / 2);
+    std::nth_element(window.begin(), middle, window.end());
+    const double expected = converted(*middle, out.getBufferType());
     if (getSample(out, x, y, z, c, t) != expected && failures++ < 3)
       ADD_FAILURE() << m.name << " x " << x << " y " << y << " z " << z << ": "
                     << getSample(out, x, y, z, c, t) << " instead of " << expected;
@@ -107,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(All, Medians,
                          ::testing::Combine(::testing::Range(std::size_t{0}, medians.size()),
                                             ::testing::ValuesIn(allTypes())),
                          [](const auto& info) {
-                           return std::string(medians[std::get<0>(info.param)].name) + "_" +
+                           return medians[std::get<0>(info.param)].label() + "_" +
                                   image::toString(std::get<1>(info.param));
                          });
 
@@ -124,8 +162,9 @@ TEST_P(Medians, EveryOutputTypeAndInstructionSetAgreesWithSorting) {
 
 // Each window size against each row and column of a narrow image, in memory with gaps.
 TEST_P(Medians, NarrowAndTinyImages) {
-  std::vector<ImageGeometry> shapes = {{1, 1}, {1, 7}, {40, 1}, {2, 3, 2}, {3000, 3}};
-  for (std::size_t width = 1; width <= 70; ++width) shapes.push_back({width, 3 + width % 4});
+  std::vector<ImageGeometry> shapes = {{1, 1}, {1, 7}, {40, 1}, {2, 3, 2}, {2100, 3}};
+  const std::size_t step = median().hx > 2 ? 7 : 1;
+  for (std::size_t width = 1; width <= 70; width += step) shapes.push_back({width, 3 + width % 4});
   for (const auto& sets : offeredSets()) {
     const ForcedSets forced(median().kernelClass(), sets);
     for (const ImageGeometry& shape : shapes) {
@@ -144,7 +183,7 @@ TEST_P(Medians, BitsDoNotDependOnThreadsOrPlace) {
   expectMedian(*in, *expected, median());
   for (const auto& sets : offeredSets()) {
     const ForcedSets forced(median().kernelClass(), sets);
-    for (const std::size_t threads : {1, 3, 7}) {
+    for (const std::size_t threads : {1u, 3u, 7u}) {
       core::ActionRunner::getInstance().setThreadCount(threads);
       const ImagePtr same = copyOf(*in);
       median().fill(same, same);
@@ -170,7 +209,7 @@ protected:
   const Median& median() const { return medians[GetParam()]; }
 };
 INSTANTIATE_TEST_SUITE_P(All, MedianKinds, ::testing::Range(std::size_t{0}, medians.size()),
-                         [](const auto& info) { return medians[info.param].name; });
+                         [](const auto& info) { return medians[info.param].label(); });
 
 TEST_P(MedianKinds, NanGivesSomeSampleOfTheWindowAndSpoilsNoOther) {
   const ImagePtr in = wideImage({80, 40}, eImageBufferType::Real32);
@@ -216,6 +255,31 @@ TEST_P(MedianKinds, BadCallsNameWhatIsWrongAndTouchNothing) {
     }
   }
   EXPECT_TRUE(sameBits(*tall, *before));
+}
+
+// More samples than 16 bits count, and many periods of the mirrored image.
+TEST(GenericMedian, WindowsFarLargerThanTheImage) {
+  const Median large = generic2d(150, 120);
+  for (const auto type : allTypes())
+    for (const auto& sets : offeredSets()) {
+      const ForcedSets forced(large.kernelClass(), sets);
+      const ImagePtr in = wideImage({4, 3}, type);
+      expectMedian(*in, *run(large, in, type), large);
+    }
+}
+
+TEST(GenericMedian, RefusesWindowsThatAreTooLarge) {
+  const ImagePtr in = wideImage({4, 3}, eImageBufferType::Int16);
+  const auto expectRefused = [&](const Median& m, const char* words) {
+    try {
+      m.create(in);
+      ADD_FAILURE() << words << ": nothing was thrown";
+    } catch (const BaseException& failure) {
+      EXPECT_NE(failure.getMessage().find(words), std::string::npos) << failure.what();
+    }
+  };
+  expectRefused(generic3d(2000, 2000, 2000), "more than 4294967295 samples");
+  expectRefused(generic2d(1, 32768), "InHalfKnlSizeY: the value is refused: 32768");
 }
 
 }  // namespace

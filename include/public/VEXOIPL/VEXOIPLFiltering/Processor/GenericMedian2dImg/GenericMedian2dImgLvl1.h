@@ -1,0 +1,61 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
+class VEXO_API GenericMedian2dImgLvl1 final
+    : public processor::ProcessorClass<GenericMedian2dImgLvl1, processor::BaseAsync1Processor> {
+public:
+  using Attributes =
+      processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::OutImg>;
+  static constexpr auto toolTipId = eProcessorMessage::GenericMedian2dImgLvl1;
+
+private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
+  BoolResult retrieveProvider(const core::BasePriority& priority,
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+};
+
+/// Median of a window of any size: each pixel becomes the middle one of the
+/// (2 halfX + 1) x (2 halfY + 1) pixels around it in order of value.
+/// Those outside the image are those of the mirrored image (the edge pixel is repeated). Each
+/// plane of a volume, of a multi-channel image or of a time series is filtered on its own.
+///
+/// inImg: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes; it
+/// may be the input itself. Without it the result has the input's sizes and type. inHalfKnlSizeX,
+/// inHalfKnlSizeY: in pixels, from 0 to 32767; the window may hold 4294967295 samples.
+///
+/// Time grows with the samples of the window and with the bits of a sample, and memory with the rows of the
+/// window. The median is one of the samples, exactly, whatever the type; it is then
+/// converted to the output's type. In integer outputs it saturates: 300 becomes 255 in an 8-bit output; a
+/// fraction is rounded half away from zero, and NaN becomes 0. Where a window holds NaN, the result is some
+/// sample of the window.
+///
+/// Throws an exception derived from vexo::BaseException: an image is null, a half size or the window is too
+/// large, the sizes of the output differ, the output overlaps the input without being the same image. The
+/// output is then untouched.
+VEXO_API boost::shared_ptr<image::BaseImage> genericMedian2dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY);
+VEXO_API void genericMedian2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                                 std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+                                 const boost::shared_ptr<image::BaseImage>& outImg);
+
+/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
+/// getAsyncProcessorOutput is called; only values that are refused throw here.
+VEXO_API boost::shared_ptr<GenericMedian2dImgLvl1> genericMedian2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY);
+VEXO_API boost::shared_ptr<GenericMedian2dImgLvl1> genericMedian2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg);
+/// Waits for the run and returns its output; throws when the run failed.
+VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<GenericMedian2dImgLvl1>& processor);
+
+}  // namespace vexo::imaproc::filter
