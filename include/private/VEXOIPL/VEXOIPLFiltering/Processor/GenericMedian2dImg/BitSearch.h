@@ -107,10 +107,11 @@ inline void searchBlock(const SearchLayout& l, const Key* const* lines, ptrdiff_
 #pragma GCC unroll 4
   for (int i = 0; i < 4; ++i) found[i] = zero + Key(-1 - static_cast<long long>((1ull << (bits - 1)) - 1));
   for (int bit = bits - 1; bit >= 0; --bit) {
+    const UnsignedKey weight = UnsignedKey(1ull << bit);
     V candidates[4], counts[4];  // from -(half + 1): those that reach 0 are a majority
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
-      candidates[i] = V(Bits(found[i]) + UnsignedKey(1ull << bit));
+      candidates[i] = V(Bits(found[i]) + weight);
       counts[i] = zero + start;
     }
     for (ptrdiff_t r = 0; r < l.lineCount; ++r) {
