@@ -126,6 +126,36 @@ public:
       "Distance from the mean of the neighbours, in standard deviations, beyond which a pixel is replaced";
 };
 
+/// Histogram medians.
+class Range : public BaseDataItemNode {
+public:
+  Range(double minimumValue = 0, double maximumValue = 0)
+      : BaseDataItemNode("Range", "An interval of sample values") {
+    add(minimum);
+    add(maximum);
+    minimum.setValue(minimumValue);
+    maximum.setValue(maximumValue);
+  }
+  DataItemLeaf<double> minimum{"minimum", "Lowest value of the interval"};
+  DataItemLeaf<double> maximum{"maximum", "Highest value of the interval, which belongs to it"};
+};
+class InInputRange : public processor::Attribute<InInputRange, boost::shared_ptr<const Range>> {
+public:
+  static constexpr char toolTip[] = "Range of the input's samples; those outside count as its nearer end";
+  static BoolResult check(const boost::shared_ptr<const Range>& range) {
+    if (!range || range->minimum.getValue() <= range->maximum.getValue()) return true;
+    return BoolResult::failure(dataItemToText(*range) + " is reversed, or no range of numbers");
+  }
+};
+
+/// Median: whether 256 levels may stand for the input's samples, and, after a run, whether they had to.
+class InOutOptAllow8bitsCompression : public processor::Attribute<InOutOptAllow8bitsCompression, bool> {
+public:
+  static constexpr char toolTip[] =
+      "Whether the result may be as coarse as 256 levels over the range of the image, which is fast";
+  static bool defaultValue() { return false; }
+};
+
 /// Gaussian smoothing: standard deviations in samples. The kernel builder refuses a negative one and one that
 /// is not finite.
 class InStdDevX : public processor::Attribute<InStdDevX, float> {
@@ -214,6 +244,14 @@ public:
 class OutYStrip2d : public processor::OutputStripAttribute<OutYStrip2d> {
 public:
   static constexpr char toolTip[] = "Band of rows that receives the result";
+};
+class InKnlXStrip2d : public processor::InputStripAttribute<InKnlXStrip2d> {
+public:
+  static constexpr char toolTip[] = "Band of columns to process, with kernel margins";
+};
+class OutXStrip2d : public processor::OutputStripAttribute<OutXStrip2d> {
+public:
+  static constexpr char toolTip[] = "Band of columns that receives the result";
 };
 class InYStrip2d : public processor::InputStripAttribute<InYStrip2d> {
 public:

@@ -41,4 +41,27 @@ typename A::StorageType awaitOutput(const boost::shared_ptr<P>& processor) {
   return processor->template getStorage<A>();
 }
 
+/// The call forms that every filter has: P is its first level, Out its output, In its parameters in the order
+/// of the arguments.
+template <class P, class Out, class... In>
+struct CallForms {
+  using Output = typename Out::StorageType;
+
+  /// Runs; returns a new output, or fills the caller's.
+  static Output run(const typename In::StorageType&... values) {
+    return runCall<P, In...>(values...)->template getStorage<Out>();
+  }
+  static void fill(const typename In::StorageType&... values, const Output& output) {
+    runCall<P, In..., Out>(values..., output);
+  }
+  /// The same in the background.
+  static boost::shared_ptr<P> start(const typename In::StorageType&... values) {
+    return startCall<P, In...>(values...);
+  }
+  static boost::shared_ptr<P> startFill(const typename In::StorageType&... values, const Output& output) {
+    return startCall<P, In..., Out>(values..., output);
+  }
+  static Output await(const boost::shared_ptr<P>& processor) { return awaitOutput<Out>(processor); }
+};
+
 }  // namespace vexo::processor

@@ -1,9 +1,8 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/GenericMedian2dImg/GenericMedian2dImgLvl2.h"
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/GenericMedian2dImg/GenericMedian2dImgLvl3.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -16,21 +15,13 @@ processor::RulePtr GenericMedian2dImgLvl2::createRule() const {
   return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
 }
 
-// In place, the margins of each strip are saved before the first strip starts, and the results of a strip
-// stay in a buffer of its own until all of it has been read.
+// In place the output needs no buffer of its own: the kernel loads every row of its strip before it writes
+// over it.
 BoolResult GenericMedian2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = GenericMedian2dImgLvl3;
-  const auto allocation = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>())
-                              ? image::eStripAllocationType::OwnBuffer
-                              : image::eStripAllocationType::View;
-  provider = processor::dispatchStrips<Next>(
-      priority,
-      boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
-          getStorage<attr::InSubImg2d>(), allocation,
-          centredMargins(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>())),
-      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
-          getStorage<attr::OutImg>(), allocation));
+  const auto margins = centredMargins(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>());
+  provider =
+      dispatchRows<GenericMedian2dImgLvl3>(priority, *this, margins, image::eStripAllocationType::View);
   return true;
 }
 
