@@ -1,0 +1,75 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoMedian3dImg/HistoMedian3dImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoMedian3dImg/HistoMedian3dImgLvl2.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/Dispatcher.h"
+#include "VEXOProcessing/ImageSplit.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<HistoMedian3dImgLvl1> registrator;
+
+using Call = processor::CallForms<HistoMedian3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InHalfKnlSizeX,
+                                  attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::InInputRange>;
+
+}  // namespace
+
+void HistoMedian3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                       accessAttribute<attr::InImg3d>());
+}
+
+processor::RulePtr HistoMedian3dImgLvl1::createRule() const {
+  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
+}
+
+BoolResult HistoMedian3dImgLvl1::retrieveProvider(const core::BasePriority& priority,
+                                                  boost::shared_ptr<core::BaseActionProvider>& provider) {
+  using Next = HistoMedian3dImgLvl2;
+  provider = processor::dispatchPieces<Next>(
+      priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::InImg3d>()),
+      volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeZ>(getStorage<attr::InHalfKnlSizeZ>()),
+      processor::staticNoSplit<Next, attr::InInputRange>(getStorage<attr::InInputRange>()));
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> histoMedian3dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const boost::shared_ptr<const attr::Range>& inInputRange) {
+  return Call::run(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, inInputRange);
+}
+
+void histoMedian3dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+                      std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+                      const boost::shared_ptr<const attr::Range>& inInputRange,
+                      const boost::shared_ptr<image::BaseImage>& outImg) {
+  Call::fill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, inInputRange, outImg);
+}
+
+boost::shared_ptr<HistoMedian3dImgLvl1> histoMedian3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const boost::shared_ptr<const attr::Range>& inInputRange) {
+  return Call::start(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, inInputRange);
+}
+
+boost::shared_ptr<HistoMedian3dImgLvl1> histoMedian3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const boost::shared_ptr<const attr::Range>& inInputRange,
+    const boost::shared_ptr<image::BaseImage>& outImg) {
+  return Call::startFill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, inInputRange, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<HistoMedian3dImgLvl1>& processor) {
+  return Call::await(processor);
+}
+
+}  // namespace vexo::imaproc::filter

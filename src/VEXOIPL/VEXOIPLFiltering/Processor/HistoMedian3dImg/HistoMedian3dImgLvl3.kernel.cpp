@@ -1,0 +1,18 @@
+// Median of a box by one histogram that is swept along the rows, for one strip of volumes.
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoOkMedian2dImg/SweptHistogram.h"
+#include "VEXOProcessing/Kernel/KernelTable.h"
+
+namespace vexo::imaproc::filter {
+class HistoMedian3dImgLvl3;
+}
+
+namespace vexo::VEXO_KERNEL_SET {
+
+template <>
+const processor::KernelTable& Kernels<imaproc::filter::HistoMedian3dImgLvl3>::table() {
+  static constexpr processor::KernelTable table = makeSampleTable<SweptMedian>(sweepScratchSize);
+  return table;
+}
+
+}  // namespace vexo::VEXO_KERNEL_SET

@@ -1,0 +1,71 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoO1MedianXStrip2dImg/HistoO1MedianXStrip2dImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoO1MedianXStrip2dImg/HistoO1MedianXStrip2dImgLvl2.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/Dispatcher.h"
+#include "VEXOProcessing/ImageSplit.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<HistoO1MedianXStrip2dImgLvl1> registrator;
+
+using Call = processor::CallForms<HistoO1MedianXStrip2dImgLvl1, attr::OutImg, attr::InImg,
+                                  attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InInputRange>;
+
+}  // namespace
+
+void HistoO1MedianXStrip2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                     accessAttribute<attr::InImg>());
+}
+
+processor::RulePtr HistoO1MedianXStrip2dImgLvl1::createRule() const {
+  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
+}
+
+BoolResult HistoO1MedianXStrip2dImgLvl1::retrieveProvider(
+    const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
+  using Next = HistoO1MedianXStrip2dImgLvl2;
+  provider = processor::dispatchPieces<Next>(
+      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
+      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
+      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
+      processor::staticNoSplit<Next, attr::InInputRange>(getStorage<attr::InInputRange>()));
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> histoO1MedianXStrip2dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange) {
+  return Call::run(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inInputRange);
+}
+
+void histoO1MedianXStrip2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                              std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+                              const boost::shared_ptr<const attr::Range>& inInputRange,
+                              const boost::shared_ptr<image::BaseImage>& outImg) {
+  Call::fill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inInputRange, outImg);
+}
+
+boost::shared_ptr<HistoO1MedianXStrip2dImgLvl1> histoO1MedianXStrip2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange) {
+  return Call::start(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inInputRange);
+}
+
+boost::shared_ptr<HistoO1MedianXStrip2dImgLvl1> histoO1MedianXStrip2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange,
+    const boost::shared_ptr<image::BaseImage>& outImg) {
+  return Call::startFill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inInputRange, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<HistoO1MedianXStrip2dImgLvl1>& processor) {
+  return Call::await(processor);
+}
+
+}  // namespace vexo::imaproc::filter

@@ -1,0 +1,30 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoOkMedian2dImg/HistoOkMedian2dImgLvl2.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoOkMedian2dImg/HistoOkMedian2dImgLvl3.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<HistoOkMedian2dImgLvl2> registrator;
+
+}  // namespace
+
+processor::RulePtr HistoOkMedian2dImgLvl2::createRule() const {
+  return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
+}
+
+// In place the output needs no buffer of its own: the kernel loads every row of its strip before it writes
+// over it.
+BoolResult HistoOkMedian2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
+                                                    boost::shared_ptr<core::BaseActionProvider>& provider) {
+  const auto margins = centredMargins(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>());
+  provider = dispatchRows<HistoOkMedian2dImgLvl3>(
+      priority, *this, margins, image::eStripAllocationType::View,
+      processor::dynamicNoSplit<HistoOkMedian2dImgLvl3, attr::InInputRange>(
+          getStorage<attr::InInputRange>()));
+  return true;
+}
+
+}  // namespace vexo::imaproc::filter
