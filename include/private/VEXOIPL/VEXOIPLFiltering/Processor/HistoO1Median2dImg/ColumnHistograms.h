@@ -102,7 +102,6 @@ struct ColumnLayout {
         knlX(s.marginBefore[0] + s.marginAfter[0] + 1),
         knlY(s.marginBefore[1] + s.marginAfter[1] + 1),
         columns(width + knlX - 1),
-        // Of an image that is lower than the window each row is there once, however often it is mirrored.
         lineCount(smaller(knlY + 1, s.size[1])),
         count(unsigned(knlX) * unsigned(knlY)),
         counterSize(count < 256     ? 1
@@ -206,25 +205,26 @@ template <class C>
   const LevelMap& map = *static_cast<const LevelMap*>(info.parameters);
   const ColumnLayout l(s);
   ColumnHistograms<C> histograms(l, info.scratch);
-  const bool whole = l.lineCount <= l.knlY;
+  // Mirrored rows are those of the image, which the window still holds: each is loaded once, and never after
+  // it may have been written over.
   const auto lineOf = [&](ptrdiff_t y) {
-    const ptrdiff_t slot = whole ? image::mapBorderIndex(image::eBorder::Mirror, y, s.size[1])
-                                 : (y - s.begin[1] + s.marginBefore[1]) % l.lineCount;
-    return info.scratch + l.lines + size_t(slot) * l.pitch;
+    const ptrdiff_t row = image::mapBorderIndex(image::eBorder::Mirror, y, s.size[1]);
+    return info.scratch + l.lines + size_t(row % l.lineCount) * l.pitch;
   };
   for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z) {
-    const auto loadRow = [&](ptrdiff_t y) {
-      load(lineOf(y), info.scratch + l.samples, map, s, s.begin[0] - s.marginBefore[0], y, z, l.columns);
+    ptrdiff_t next = larger(s.begin[1] - s.marginBefore[1], 0);  // row to load
+    const auto loadUpTo = [&](ptrdiff_t y) {
+      for (; next <= smaller(y, s.size[1] - 1); ++next)
+        load(lineOf(next), info.scratch + l.samples, map, s, s.begin[0] - s.marginBefore[0], next, z,
+             l.columns);
     };
     histograms.clear();
-    for (ptrdiff_t y = 0; whole && y < s.size[1]; ++y) loadRow(y);
-    for (ptrdiff_t y = s.begin[1] - s.marginBefore[1]; y <= s.begin[1] + s.marginAfter[1]; ++y) {
-      if (!whole) loadRow(y);
+    loadUpTo(s.begin[1] + s.marginAfter[1]);
+    for (ptrdiff_t y = s.begin[1] - s.marginBefore[1]; y <= s.begin[1] + s.marginAfter[1]; ++y)
       histograms.add(lineOf(y));
-    }
     for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y) {
       if (y > s.begin[1]) {
-        if (!whole) loadRow(y + s.marginAfter[1]);
+        loadUpTo(y + s.marginAfter[1]);
         histograms.replace(lineOf(y + s.marginAfter[1]), lineOf(y - 1 - s.marginBefore[1]));
       }
       histograms.findMedians(info.scratch + l.results, l.width, l.knlX, l.count / 2 + 1);
