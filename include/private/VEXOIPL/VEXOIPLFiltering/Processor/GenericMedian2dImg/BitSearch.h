@@ -8,6 +8,7 @@
 #include <stddef.h>
 
 #include "VEXOProcessing/Kernel/Samples.h"
+#include "VEXOProcessing/Kernel/WindowLines.h"
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
@@ -65,21 +66,12 @@ struct LoadedKey {
   explicit LoadedKey(T sample) : value(Key(KeyOf<T>::fromSample(sample))) {}
 };
 
-/// The window and the lines that hold it: one per row of each slice, from the first column of the first
-/// window on.
-struct SearchLayout {
-  ptrdiff_t width, knlX, knlY, knlZ, lineCount;
-  unsigned long long count;  ///< samples of the window
+/// The window and the lines that hold it, of keys.
+struct SearchLayout : WindowLines {
   int keySize;
   size_t pitch;  ///< bytes of a line
 
-  explicit SearchLayout(const image::StripSource& s)
-      : width(s.end[0] - s.begin[0]),
-        knlX(s.marginBefore[0] + s.marginAfter[0] + 1),
-        knlY(s.marginBefore[1] + s.marginAfter[1] + 1),
-        knlZ(s.marginBefore[2] + s.marginAfter[2] + 1),
-        lineCount(knlY * knlZ),
-        count(static_cast<unsigned long long>(lineCount) * static_cast<unsigned long long>(knlX)) {
+  explicit SearchLayout(const image::StripSource& s) : WindowLines(s) {
     const int needed = count < 256 ? 1 : count < 65536 ? 2 : 4;
     keySize = s.sampleSize > needed ? s.sampleSize : needed;
     // Whole blocks of vectors are read, up to knlX - 1 keys further.
@@ -130,7 +122,7 @@ inline void searchBlock(const SearchLayout& l, const Key* const* lines, ptrdiff_
   __builtin_memcpy(medians, found, sizeof found);
 }
 
-/// All pixels of the strip. The windows' rows are loaded once per slice.
+/// All pixels of the strip.
 template <class T, class Key>
 [[gnu::noinline]] void searchMedians(const processor::ProcessingInfo& info, StoreSamples store) {
   const image::StripSource& s = info.sources[0];
@@ -142,26 +134,20 @@ template <class T, class Key>
   __builtin_memset(first, 0, size_t(l.lineCount) * l.pitch);  // what vectors read beyond the samples
   for (ptrdiff_t i = 0; i < l.lineCount; ++i)
     lines[i] = reinterpret_cast<const Key*>(first + size_t(i) * l.pitch);
-  const auto load = [&](ptrdiff_t y, ptrdiff_t z) {
-    for (ptrdiff_t i = 0; i < l.knlZ; ++i) {
-      const ptrdiff_t slot = i * l.knlY + (y - s.begin[1] + s.marginBefore[1]) % l.knlY;
-      loadLine<T>(reinterpret_cast<LoadedKey<T, Key>*>(first + size_t(slot) * l.pitch), s,
-                  s.begin[0] - s.marginBefore[0], y, z - s.marginBefore[2] + i, l.width + l.knlX - 1);
-    }
-  };
-  for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z) {
-    for (ptrdiff_t y = -s.marginBefore[1]; y < s.marginAfter[1]; ++y) load(s.begin[1] + y, z);
-    for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y) {
-      load(y + s.marginAfter[1], z);
-      for (ptrdiff_t x = 0; x < l.width; x += block) {
-        Key medians[block];
-        searchBlock<T, Key>(l, lines, x, medians);
-        for (ptrdiff_t i = 0; i < smaller(block, l.width - x); ++i)
-          results[x + i] = KeyOf<T>::toSample(medians[i]);
-      }
-      store(info.targets[0], reinterpret_cast<const unsigned char*>(results), s.begin[0], y, z, l.width);
-    }
-  }
+  l.run(
+      [&](ptrdiff_t line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z) {
+        loadLine<T>(reinterpret_cast<LoadedKey<T, Key>*>(first + size_t(line) * l.pitch), s, x, y, z,
+                    l.lineLength);
+      },
+      [&](ptrdiff_t y, ptrdiff_t z) {
+        for (ptrdiff_t x = 0; x < l.width; x += block) {
+          Key medians[block];
+          searchBlock<T, Key>(l, lines, x, medians);
+          for (ptrdiff_t i = 0; i < smaller(block, l.width - x); ++i)
+            results[x + i] = KeyOf<T>::toSample(medians[i]);
+        }
+        store(info.targets[0], reinterpret_cast<const unsigned char*>(results), s.begin[0], y, z, l.width);
+      });
 }
 
 template <class T>
