@@ -80,12 +80,19 @@ TEST_P(WindowSum, ServesAllTypesAndStrides) {
 
 TEST(Call, SynchronousAndAsynchronous) {
   const auto in = makeRandom({20, 30, 2}, u16, 1), wanted = sumOf(*in, u16);
-  const auto sync = runCall<WindowSumLvl1, attr::InImg, attr::InHalfKnlSizeX>(in, 1);
-  EXPECT_TRUE(sameSamples(resultOf(*sync), *wanted));
-  const auto async = startCall<WindowSumLvl1, attr::InImg, attr::InHalfKnlSizeX>(in, 1);
-  EXPECT_TRUE(sameSamples(image::hostImage(awaitOutput<attr::OutImg>(async), "out"), *wanted));
-  expectFailure({"InImg"}, [&] { startCall<WindowSumLvl1, attr::InImg>({}); });
-  expectFailure({"null"}, [&] { awaitOutput<attr::OutImg>(boost::shared_ptr<WindowSumLvl1>()); });
+  using Call = CallForms<WindowSumLvl1, attr::OutImg, attr::InImg, attr::InHalfKnlSizeX>;
+  const auto isWanted = [&](const boost::shared_ptr<image::BaseImage>& result) {
+    return sameSamples(image::hostImage(result, "out"), *wanted);
+  };
+  EXPECT_TRUE(isWanted(Call::run(in, 1)));
+  EXPECT_TRUE(isWanted(Call::await(Call::start(in, 1))));
+  const auto filled = Image::create(in->getGeometry(), u16), later = Image::create(in->getGeometry(), u16);
+  Call::fill(in, 1, filled);
+  EXPECT_TRUE(isWanted(filled));
+  EXPECT_EQ(Call::await(Call::startFill(in, 1, later)), later);
+  EXPECT_TRUE(isWanted(later));
+  expectFailure({"InImg"}, [&] { Call::start({}, 1); });
+  expectFailure({"null"}, [&] { Call::await({}); });
 }
 
 TEST(Output, IsCreatedLikeTheInput) {

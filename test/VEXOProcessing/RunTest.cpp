@@ -94,7 +94,7 @@ TEST(Failure, OfARuleIsThrownByTheSynchronousRunAndKeptByTheOther) {
   p->wait();
   EXPECT_TRUE(has(p->getResult().getMessage(), "differ in size"));
   for (int again = 0; again < 2; ++again) expectFailure({"differ in size"}, [&] { p->rethrowFailure(); });
-  expectFailure({"differ in size"}, [&] { awaitOutput<attr::OutImg>(p); });
+  expectFailure({"differ in size"}, [&] { CallForms<WindowSumLvl1, attr::OutImg>::await(p); });
   p->set<attr::OutImg>(Image::create({9, 8}, u16));
   executeSyncRun(p);
   EXPECT_TRUE(p->getResult()) << "a failure ends with the next run";

@@ -34,70 +34,68 @@ BoolResult Convolution2dImgLvl1::retrieveProvider(const core::BasePriority& prio
   return true;
 }
 
+namespace {
+
+using Call =
+    processor::CallForms<Convolution2dImgLvl1, attr::OutImg, attr::InImg, attr::InKnlXY, attr::InNormalize>;
+using CallWithBorder = processor::CallForms<Convolution2dImgLvl1, attr::OutImg, attr::InImg, attr::InKnlXY,
+                                            attr::InNormalize, attr::InOptConvolBorder2d>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                                                      const boost::shared_ptr<const KernelXY>& kernel,
                                                      bool normalize) {
-  return processor::runCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize>(
-             inImg, kernel, normalize)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg, kernel, normalize);
 }
 
 boost::shared_ptr<image::BaseImage> convolution2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
     bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border) {
-  return processor::runCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize,
-                            attr::InOptConvolBorder2d>(inImg, kernel, normalize, border)
-      ->getStorage<attr::OutImg>();
+  return CallWithBorder::run(inImg, kernel, normalize, border);
 }
 
 void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                       const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
                       const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize, attr::OutImg>(
-      inImg, kernel, normalize, outImg);
+  Call::fill(inImg, kernel, normalize, outImg);
 }
 
 void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                       const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
                       const boost::shared_ptr<const image::Border2dPolicy>& border,
                       const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize,
-                     attr::InOptConvolBorder2d, attr::OutImg>(inImg, kernel, normalize, border, outImg);
+  CallWithBorder::fill(inImg, kernel, normalize, border, outImg);
 }
 
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
     bool normalize) {
-  return processor::startCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize>(
-      inImg, kernel, normalize);
+  return Call::start(inImg, kernel, normalize);
 }
 
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
     bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border) {
-  return processor::startCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize,
-                              attr::InOptConvolBorder2d>(inImg, kernel, normalize, border);
+  return CallWithBorder::start(inImg, kernel, normalize, border);
 }
 
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
     bool normalize, const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize,
-                              attr::OutImg>(inImg, kernel, normalize, outImg);
+  return Call::startFill(inImg, kernel, normalize, outImg);
 }
 
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
     bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<Convolution2dImgLvl1, attr::InImg, attr::InKnlXY, attr::InNormalize,
-                              attr::InOptConvolBorder2d, attr::OutImg>(inImg, kernel, normalize, border,
-                                                                       outImg);
+  return CallWithBorder::startFill(inImg, kernel, normalize, border, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<Convolution2dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

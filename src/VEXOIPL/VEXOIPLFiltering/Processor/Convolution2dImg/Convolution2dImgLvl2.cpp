@@ -3,9 +3,8 @@
 #include "VEXOCore/Gpu.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgGpuLvl3.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLvl3.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -29,26 +28,19 @@ bool Convolution2dImgLvl2::tryToLaunchGpuProcess(
   return true;
 }
 
-// In place, the margins of each strip are saved before the first strip starts; the results of a strip stay in
-// a buffer of its own until all of it has been read, unless the kernel never comes back to what it has
-// written.
+// In place, the results of a strip stay in a buffer of its own until all of it has been read, unless the
+// kernel never comes back to what it has written.
 BoolResult Convolution2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                   boost::shared_ptr<core::BaseActionProvider>& provider) {
-  const image::StripMargins margins = kernelMargins(*getStorage<attr::InKnlXY>());
+  const auto kernel = getStorage<attr::InKnlXY>();
+  const image::StripMargins margins = kernelMargins(*kernel);
   if (tryToLaunchGpuProcess(priority, provider)) return true;
   using Next = Convolution2dImgLvl3;
   using image::eStripAllocationType;
-  const bool inSitu = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-  provider = processor::dispatchStrips<Next>(
-      priority,
-      boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
-          getStorage<attr::InSubImg2d>(),
-          inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View, margins),
-      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
-          getStorage<attr::OutImg>(), inSitu && !runsInPlace(*getStorage<attr::InKnlXY>())
-                                          ? eStripAllocationType::OwnBuffer
-                                          : eStripAllocationType::View),
-      processor::dynamicNoSplit<Next, attr::InKnlXY>(getStorage<attr::InKnlXY>()),
+  provider = dispatchRows<Next>(
+      priority, *this, margins,
+      runsInPlace(*kernel) ? eStripAllocationType::View : eStripAllocationType::OwnBuffer,
+      processor::dynamicNoSplit<Next, attr::InKnlXY>(kernel),
       processor::dynamicNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
       processor::dynamicNoSplit<Next, attr::InConvolBorder2d>(getStorage<attr::InConvolBorder2d>()));
   return true;

@@ -34,70 +34,68 @@ BoolResult Convolution3dImgLvl1::retrieveProvider(const core::BasePriority& prio
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<Convolution3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InKnlXYZ,
+                                  attr::InNormalize>;
+using CallWithBorder = processor::CallForms<Convolution3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InKnlXYZ,
+                                            attr::InNormalize, attr::InOptConvolBorder3d>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> convolution3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                                                      const boost::shared_ptr<const KernelXYZ>& kernel,
                                                      bool normalize) {
-  return processor::runCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize>(
-             inImg, kernel, normalize)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg, kernel, normalize);
 }
 
 boost::shared_ptr<image::BaseImage> convolution3dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXYZ>& kernel,
     bool normalize, const boost::shared_ptr<const image::Border3dPolicy>& border) {
-  return processor::runCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize,
-                            attr::InOptConvolBorder3d>(inImg, kernel, normalize, border)
-      ->getStorage<attr::OutImg>();
+  return CallWithBorder::run(inImg, kernel, normalize, border);
 }
 
 void convolution3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                       const boost::shared_ptr<const KernelXYZ>& kernel, bool normalize,
                       const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize, attr::OutImg>(
-      inImg, kernel, normalize, outImg);
+  Call::fill(inImg, kernel, normalize, outImg);
 }
 
 void convolution3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                       const boost::shared_ptr<const KernelXYZ>& kernel, bool normalize,
                       const boost::shared_ptr<const image::Border3dPolicy>& border,
                       const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize,
-                     attr::InOptConvolBorder3d, attr::OutImg>(inImg, kernel, normalize, border, outImg);
+  CallWithBorder::fill(inImg, kernel, normalize, border, outImg);
 }
 
 boost::shared_ptr<Convolution3dImgLvl1> convolution3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXYZ>& kernel,
     bool normalize) {
-  return processor::startCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize>(
-      inImg, kernel, normalize);
+  return Call::start(inImg, kernel, normalize);
 }
 
 boost::shared_ptr<Convolution3dImgLvl1> convolution3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXYZ>& kernel,
     bool normalize, const boost::shared_ptr<const image::Border3dPolicy>& border) {
-  return processor::startCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize,
-                              attr::InOptConvolBorder3d>(inImg, kernel, normalize, border);
+  return CallWithBorder::start(inImg, kernel, normalize, border);
 }
 
 boost::shared_ptr<Convolution3dImgLvl1> convolution3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXYZ>& kernel,
     bool normalize, const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize,
-                              attr::OutImg>(inImg, kernel, normalize, outImg);
+  return Call::startFill(inImg, kernel, normalize, outImg);
 }
 
 boost::shared_ptr<Convolution3dImgLvl1> convolution3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXYZ>& kernel,
     bool normalize, const boost::shared_ptr<const image::Border3dPolicy>& border,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<Convolution3dImgLvl1, attr::InImg3d, attr::InKnlXYZ, attr::InNormalize,
-                              attr::InOptConvolBorder3d, attr::OutImg>(inImg, kernel, normalize, border,
-                                                                       outImg);
+  return CallWithBorder::startFill(inImg, kernel, normalize, border, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<Convolution3dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

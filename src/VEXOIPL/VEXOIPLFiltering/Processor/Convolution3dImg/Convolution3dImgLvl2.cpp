@@ -3,9 +3,8 @@
 #include "VEXOCore/Gpu.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution3dImg/Convolution3dImgGpuLvl3.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution3dImg/Convolution3dImgLvl3.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -30,9 +29,8 @@ bool Convolution3dImgLvl2::tryToLaunchGpuProcess(
 }
 
 // A kernel along Z is run on strips of some rows of all slices, which need no margins from each other; others
-// on strips of slices. In place, what strips read outside themselves is saved before the first one starts;
-// the results of a strip stay in a buffer of its own until all of it has been read, unless the kernel never
-// comes back to what it has written.
+// on strips of slices. In place, the results of a strip stay in a buffer of its own until all of it has been
+// read, unless the kernel never comes back to what it has written.
 BoolResult Convolution3dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                   boost::shared_ptr<core::BaseActionProvider>& provider) {
   const auto kernel = getStorage<attr::InKnlXYZ>();
@@ -40,30 +38,19 @@ BoolResult Convolution3dImgLvl2::retrieveProvider(const core::BasePriority& prio
   if (tryToLaunchGpuProcess(priority, provider)) return true;
   using Next = Convolution3dImgLvl3;
   using image::eStripAllocationType;
-  const bool inSitu = isInSitu(accessAttribute<attr::InSubImg3d>(), accessAttribute<attr::OutImg>());
-  const auto readFrom = inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
-  const auto writeTo =
-      inSitu && !runsInPlace(*kernel) ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
-  const auto dispatch = [&](const auto& input, const auto& output) {
-    provider = processor::dispatchStrips<Next>(
-        priority, input, output, processor::dynamicNoSplit<Next, attr::InKnlXYZ>(kernel),
-        processor::dynamicNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
-        processor::dynamicNoSplit<Next, attr::InConvolBorder3d>(getStorage<attr::InConvolBorder3d>()));
-  };
+  const auto inPlace = runsInPlace(*kernel) ? eStripAllocationType::View : eStripAllocationType::OwnBuffer;
+  const auto weights = processor::dynamicNoSplit<Next, attr::InKnlXYZ>(kernel);
+  const auto normalize = processor::dynamicNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>());
+  const auto border =
+      processor::dynamicNoSplit<Next, attr::InConvolBorder3d>(getStorage<attr::InConvolBorder3d>());
   const bool alongZ =
       std::max({margins.before[0], margins.after[0], margins.before[1], margins.after[1]}) == 0;
   if (alongZ)
-    dispatch(
-        boost::make_shared<ImageYStrip3dWithKernelSplit<Next, const image::BaseImage, attr::InKnlZStrip3d>>(
-            getStorage<attr::InSubImg3d>(), readFrom, margins),
-        boost::make_shared<ImageYStrip3dSplit<Next, image::BaseImage, attr::OutZStrip3d>>(
-            getStorage<attr::OutImg>(), writeTo));
+    provider = dispatchWindowStrips<Next, attr::InSubImg3d, attr::InKnlZStrip3d, attr::OutZStrip3d,
+                                    image::eStripParsingDirection::Y>(priority, *this, margins, inPlace,
+                                                                      weights, normalize, border);
   else
-    dispatch(
-        boost::make_shared<ImageZStrip3dWithKernelSplit<Next, const image::BaseImage, attr::InKnlZStrip3d>>(
-            getStorage<attr::InSubImg3d>(), readFrom, margins),
-        boost::make_shared<ImageZStrip3dSplit<Next, image::BaseImage, attr::OutZStrip3d>>(
-            getStorage<attr::OutImg>(), writeTo));
+    provider = dispatchSlices<Next>(priority, *this, margins, inPlace, weights, normalize, border);
   return true;
 }
 

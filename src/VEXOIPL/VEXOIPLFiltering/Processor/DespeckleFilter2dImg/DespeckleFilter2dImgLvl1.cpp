@@ -34,40 +34,40 @@ BoolResult DespeckleFilter2dImgLvl1::retrieveProvider(const core::BasePriority& 
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<DespeckleFilter2dImgLvl1, attr::OutImg, attr::InImg, attr::InHalfKnlSizeX,
+                                  attr::InHalfKnlSizeY, attr::InFactor>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> despeckleFilter2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, double inFactor) {
-  return processor::runCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                            attr::InFactor>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor);
 }
 
 void despeckleFilter2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                           std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY, double inFactor,
                           const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                     attr::InFactor, attr::OutImg>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor, outImg);
+  Call::fill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor, outImg);
 }
 
 boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, double inFactor) {
-  return processor::startCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY, attr::InFactor>(inImg, inHalfKnlSizeX, inHalfKnlSizeY,
-                                                                    inFactor);
+  return Call::start(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor);
 }
 
 boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, double inFactor, const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<DespeckleFilter2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY, attr::InFactor, attr::OutImg>(
-      inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor, outImg);
+  return Call::startFill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inFactor, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<DespeckleFilter2dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

@@ -1,9 +1,8 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/DespeckleFilter2dImg/DespeckleFilter2dImgLvl2.h"
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/DespeckleFilter2dImg/DespeckleFilter2dImgLvl3.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -23,20 +22,12 @@ BoolResult DespeckleFilter2dImgLvl2::retrieveProvider(const core::BasePriority& 
   using Next = DespeckleFilter2dImgLvl3;
   using image::eStripAllocationType;
   constexpr std::size_t largestWindow = 256 * 1024;  // samples
-  const auto image = getStorage<attr::InSubImg2d>();
-  const bool inSitu = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-  const bool large = image->getSizeX() > largestWindow / (2 * getStorage<attr::InHalfKnlSizeY>() + 1);
-  const auto readFrom = inSitu ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
-  const auto writeTo = inSitu && large ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
-  const image::StripMargins margins =
-      centredMargins(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>());
-  provider = processor::dispatchStrips<Next>(
-      priority,
-      boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
-          image, readFrom, margins),
-      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
-          getStorage<attr::OutImg>(), writeTo),
-      processor::dynamicNoSplit<Next, attr::InFactor>(getStorage<attr::InFactor>()));
+  const auto halfY = getStorage<attr::InHalfKnlSizeY>();
+  const bool large = getStorage<attr::InSubImg2d>()->getSizeX() > largestWindow / (2 * halfY + 1);
+  provider =
+      dispatchRows<Next>(priority, *this, centredMargins(getStorage<attr::InHalfKnlSizeX>(), halfY),
+                         large ? eStripAllocationType::OwnBuffer : eStripAllocationType::View,
+                         processor::dynamicNoSplit<Next, attr::InFactor>(getStorage<attr::InFactor>()));
   return true;
 }
 

@@ -70,54 +70,54 @@ boost::shared_ptr<core::BaseActionProvider> GaussianSmoothing2dImgLvl1::makePass
                                          processor::staticNoSplit<Next, attr::InConvolBorder2d>(_border));
 }
 
+namespace {
+
+using Call = processor::CallForms<GaussianSmoothing2dImgLvl1, attr::OutImg, attr::InImg, attr::InStdDevX,
+                                  attr::InStdDevY>;
+using CallWithCoverage =
+    processor::CallForms<GaussianSmoothing2dImgLvl1, attr::OutImg, attr::InImg, attr::InStdDevX,
+                         attr::InStdDevY, attr::InOptSmoothingGaussianCoverage>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> gaussianSmoothing2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, float stdDev) {
-  return processor::runCall<GaussianSmoothing2dImgLvl1, attr::InImg, attr::InStdDevX, attr::InStdDevY>(
-             inImg, stdDev, stdDev)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg, stdDev, stdDev);
 }
 
 boost::shared_ptr<image::BaseImage> gaussianSmoothing2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX, float stdDevY,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage) {
-  return processor::runCall<GaussianSmoothing2dImgLvl1, attr::InImg, attr::InStdDevX, attr::InStdDevY,
-                            attr::InOptSmoothingGaussianCoverage>(inImg, stdDevX, stdDevY, coverage)
-      ->getStorage<attr::OutImg>();
+  return CallWithCoverage::run(inImg, stdDevX, stdDevY, coverage);
 }
 
 void gaussianSmoothing2dImg(const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX,
                             float stdDevY, const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
                             const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<GaussianSmoothing2dImgLvl1, attr::InImg, attr::InStdDevX, attr::InStdDevY,
-                     attr::InOptSmoothingGaussianCoverage, attr::OutImg>(inImg, stdDevX, stdDevY, coverage,
-                                                                         outImg);
+  CallWithCoverage::fill(inImg, stdDevX, stdDevY, coverage, outImg);
 }
 
 boost::shared_ptr<GaussianSmoothing2dImgLvl1> gaussianSmoothing2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, float stdDev) {
-  return processor::startCall<GaussianSmoothing2dImgLvl1, attr::InImg, attr::InStdDevX, attr::InStdDevY>(
-      inImg, stdDev, stdDev);
+  return Call::start(inImg, stdDev, stdDev);
 }
 
 boost::shared_ptr<GaussianSmoothing2dImgLvl1> gaussianSmoothing2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX, float stdDevY,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage) {
-  return processor::startCall<GaussianSmoothing2dImgLvl1, attr::InImg, attr::InStdDevX, attr::InStdDevY,
-                              attr::InOptSmoothingGaussianCoverage>(inImg, stdDevX, stdDevY, coverage);
+  return CallWithCoverage::start(inImg, stdDevX, stdDevY, coverage);
 }
 
 boost::shared_ptr<GaussianSmoothing2dImgLvl1> gaussianSmoothing2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX, float stdDevY,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<GaussianSmoothing2dImgLvl1, attr::InImg, attr::InStdDevX, attr::InStdDevY,
-                              attr::InOptSmoothingGaussianCoverage, attr::OutImg>(inImg, stdDevX, stdDevY,
-                                                                                  coverage, outImg);
+  return CallWithCoverage::startFill(inImg, stdDevX, stdDevY, coverage, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<GaussianSmoothing2dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

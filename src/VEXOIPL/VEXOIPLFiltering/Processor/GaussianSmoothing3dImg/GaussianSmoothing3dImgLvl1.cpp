@@ -79,57 +79,55 @@ boost::shared_ptr<core::BaseActionProvider> GaussianSmoothing3dImgLvl1::makePass
                                          processor::staticNoSplit<Next, attr::InConvolBorder3d>(_border));
 }
 
+namespace {
+
+using Call = processor::CallForms<GaussianSmoothing3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InStdDevX,
+                                  attr::InStdDevY, attr::InStdDevZ>;
+using CallWithCoverage =
+    processor::CallForms<GaussianSmoothing3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InStdDevX,
+                         attr::InStdDevY, attr::InStdDevZ, attr::InOptSmoothingGaussianCoverage>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> gaussianSmoothing3dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDev) {
-  return processor::runCall<GaussianSmoothing3dImgLvl1, attr::InImg3d, attr::InStdDevX, attr::InStdDevY,
-                            attr::InStdDevZ>(inImg3d, stdDev, stdDev, stdDev)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg3d, stdDev, stdDev, stdDev);
 }
 
 boost::shared_ptr<image::BaseImage> gaussianSmoothing3dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage) {
-  return processor::runCall<GaussianSmoothing3dImgLvl1, attr::InImg3d, attr::InStdDevX, attr::InStdDevY,
-                            attr::InStdDevZ, attr::InOptSmoothingGaussianCoverage>(inImg3d, stdDevX, stdDevY,
-                                                                                   stdDevZ, coverage)
-      ->getStorage<attr::OutImg>();
+  return CallWithCoverage::run(inImg3d, stdDevX, stdDevY, stdDevZ, coverage);
 }
 
 void gaussianSmoothing3dImg(const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX,
                             float stdDevY, float stdDevZ,
                             const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
                             const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<GaussianSmoothing3dImgLvl1, attr::InImg3d, attr::InStdDevX, attr::InStdDevY,
-                     attr::InStdDevZ, attr::InOptSmoothingGaussianCoverage, attr::OutImg>(
-      inImg3d, stdDevX, stdDevY, stdDevZ, coverage, outImg);
+  CallWithCoverage::fill(inImg3d, stdDevX, stdDevY, stdDevZ, coverage, outImg);
 }
 
 boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDev) {
-  return processor::startCall<GaussianSmoothing3dImgLvl1, attr::InImg3d, attr::InStdDevX, attr::InStdDevY,
-                              attr::InStdDevZ>(inImg3d, stdDev, stdDev, stdDev);
+  return Call::start(inImg3d, stdDev, stdDev, stdDev);
 }
 
 boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage) {
-  return processor::startCall<GaussianSmoothing3dImgLvl1, attr::InImg3d, attr::InStdDevX, attr::InStdDevY,
-                              attr::InStdDevZ, attr::InOptSmoothingGaussianCoverage>(
-      inImg3d, stdDevX, stdDevY, stdDevZ, coverage);
+  return CallWithCoverage::start(inImg3d, stdDevX, stdDevY, stdDevZ, coverage);
 }
 
 boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<GaussianSmoothing3dImgLvl1, attr::InImg3d, attr::InStdDevX, attr::InStdDevY,
-                              attr::InStdDevZ, attr::InOptSmoothingGaussianCoverage, attr::OutImg>(
-      inImg3d, stdDevX, stdDevY, stdDevZ, coverage, outImg);
+  return CallWithCoverage::startFill(inImg3d, stdDevX, stdDevY, stdDevZ, coverage, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<GaussianSmoothing3dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

@@ -34,43 +34,42 @@ BoolResult GenericMedian3dImgLvl1::retrieveProvider(const core::BasePriority& pr
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<GenericMedian3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InHalfKnlSizeX,
+                                  attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> genericMedian3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                                                        std::uint32_t inHalfKnlSizeX,
                                                        std::uint32_t inHalfKnlSizeY,
                                                        std::uint32_t inHalfKnlSizeZ) {
-  return processor::runCall<GenericMedian3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                            attr::InHalfKnlSizeZ>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
 
 void genericMedian3dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
                         std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
                         const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<GenericMedian3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                     attr::InHalfKnlSizeZ, attr::OutImg>(inImg, inHalfKnlSizeX, inHalfKnlSizeY,
-                                                         inHalfKnlSizeZ, outImg);
+  Call::fill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
 
 boost::shared_ptr<GenericMedian3dImgLvl1> genericMedian3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
-  return processor::startCall<GenericMedian3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>(inImg, inHalfKnlSizeX,
-                                                                          inHalfKnlSizeY, inHalfKnlSizeZ);
+  return Call::start(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
 
 boost::shared_ptr<GenericMedian3dImgLvl1> genericMedian3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<GenericMedian3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>(
-      inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
+  return Call::startFill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<GenericMedian3dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

@@ -31,29 +31,35 @@ BoolResult K55Median2dImgLvl1::retrieveProvider(const core::BasePriority& priori
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<K55Median2dImgLvl1, attr::OutImg, attr::InImg>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> k55Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg) {
-  return processor::runCall<K55Median2dImgLvl1, attr::InImg>(inImg)->getStorage<attr::OutImg>();
+  return Call::run(inImg);
 }
 
 void k55Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                     const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<K55Median2dImgLvl1, attr::InImg, attr::OutImg>(inImg, outImg);
+  Call::fill(inImg, outImg);
 }
 
 boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg) {
-  return processor::startCall<K55Median2dImgLvl1, attr::InImg>(inImg);
+  return Call::start(inImg);
 }
 
 boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<K55Median2dImgLvl1, attr::InImg, attr::OutImg>(inImg, outImg);
+  return Call::startFill(inImg, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<K55Median2dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

@@ -1,9 +1,8 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl2.h"
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl3.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -16,20 +15,12 @@ processor::RulePtr K55Median2dImgLvl2::createRule() const {
   return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
 }
 
-// In place, the margins of each strip are saved before the first strip starts. The output needs no buffer of
-// its own: the kernel loads every row of its strip before it writes over it.
+// In place the output needs no buffer of its own: the kernel loads every row of its strip before it writes
+// over it.
 BoolResult K55Median2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                 boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = K55Median2dImgLvl3;
-  const auto allocation = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>())
-                              ? image::eStripAllocationType::OwnBuffer
-                              : image::eStripAllocationType::View;
-  provider = processor::dispatchStrips<Next>(
-      priority,
-      boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
-          getStorage<attr::InSubImg2d>(), allocation, centredMargins(2, 2)),
-      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
-          getStorage<attr::OutImg>(), image::eStripAllocationType::View));
+  provider = dispatchRows<K55Median2dImgLvl3>(priority, *this, centredMargins(2, 2),
+                                              image::eStripAllocationType::View);
   return true;
 }
 

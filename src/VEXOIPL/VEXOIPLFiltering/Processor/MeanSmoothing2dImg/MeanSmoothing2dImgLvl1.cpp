@@ -61,37 +61,40 @@ BoolResult MeanSmoothing2dImgLvl1::retrieveProvider(const core::BasePriority& pr
   return true;
 }
 
+namespace {
+
+// What the free functions do: run the processor, or start it, with these attributes set from their arguments.
+using Call = processor::CallForms<MeanSmoothing2dImgLvl1, attr::OutImg, attr::InImg, attr::InHalfKnlSizeX,
+                                  attr::InHalfKnlSizeY>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> meanSmoothing2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                                                        std::uint32_t inHalfKnlSizeX,
                                                        std::uint32_t inHalfKnlSizeY) {
-  return processor::runCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY>(
-             inImg, inHalfKnlSizeX, inHalfKnlSizeY)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg, inHalfKnlSizeX, inHalfKnlSizeY);
 }
 
 void meanSmoothing2dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
                         std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                     attr::OutImg>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
+  Call::fill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
 }
 
 boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY) {
-  return processor::startCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY>(inImg, inHalfKnlSizeX, inHalfKnlSizeY);
+  return Call::start(inImg, inHalfKnlSizeX, inHalfKnlSizeY);
 }
 
 boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<MeanSmoothing2dImgLvl1, attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                              attr::OutImg>(inImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
+  return Call::startFill(inImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<MeanSmoothing2dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

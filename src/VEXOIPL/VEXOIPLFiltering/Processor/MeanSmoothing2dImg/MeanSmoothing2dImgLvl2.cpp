@@ -1,9 +1,8 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/MeanSmoothing2dImgLvl2.h"
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/MeanSmoothing2dImgLvl3.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -21,18 +20,9 @@ processor::RulePtr MeanSmoothing2dImgLvl2::createRule() const {
 // its own: the kernel loads every row of its strip before it writes over it.
 BoolResult MeanSmoothing2dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = MeanSmoothing2dImgLvl3;
-  const auto allocation = isInSitu(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>())
-                              ? image::eStripAllocationType::OwnBuffer
-                              : image::eStripAllocationType::View;
-  const image::StripMargins margins =
-      centredMargins(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>());
-  provider = processor::dispatchStrips<Next>(
-      priority,
-      boost::make_shared<ImageYStrip2dWithKernelSplit<Next, const image::BaseImage, attr::InKnlYStrip2d>>(
-          getStorage<attr::InSubImg2d>(), allocation, margins),
-      boost::make_shared<ImageYStrip2dSplit<Next, image::BaseImage, attr::OutYStrip2d>>(
-          getStorage<attr::OutImg>(), image::eStripAllocationType::View));
+  const auto margins = centredMargins(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>());
+  provider =
+      dispatchRows<MeanSmoothing2dImgLvl3>(priority, *this, margins, image::eStripAllocationType::View);
   return true;
 }
 

@@ -36,44 +36,44 @@ BoolResult MeanSmoothing2dMaskImgLvl1::retrieveProvider(
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<MeanSmoothing2dMaskImgLvl1, attr::OutImg, attr::InImg, attr::InMaskImg,
+                                  attr::InHalfKnlSizeX, attr::InHalfKnlSizeY>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> meanSmoothing2dMaskImg(
     const boost::shared_ptr<const image::BaseImage>& inImg,
     const boost::shared_ptr<const image::BaseImage>& inMaskImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY) {
-  return processor::runCall<MeanSmoothing2dMaskImgLvl1, attr::InImg, attr::InMaskImg, attr::InHalfKnlSizeX,
-                            attr::InHalfKnlSizeY>(inImg, inMaskImg, inHalfKnlSizeX, inHalfKnlSizeY)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg, inMaskImg, inHalfKnlSizeX, inHalfKnlSizeY);
 }
 
 void meanSmoothing2dMaskImg(const boost::shared_ptr<const image::BaseImage>& inImg,
                             const boost::shared_ptr<const image::BaseImage>& inMaskImg,
                             std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
                             const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<MeanSmoothing2dMaskImgLvl1, attr::InImg, attr::InMaskImg, attr::InHalfKnlSizeX,
-                     attr::InHalfKnlSizeY, attr::OutImg>(inImg, inMaskImg, inHalfKnlSizeX, inHalfKnlSizeY,
-                                                         outImg);
+  Call::fill(inImg, inMaskImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
 }
 
 boost::shared_ptr<MeanSmoothing2dMaskImgLvl1> meanSmoothing2dMaskImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg,
     const boost::shared_ptr<const image::BaseImage>& inMaskImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY) {
-  return processor::startCall<MeanSmoothing2dMaskImgLvl1, attr::InImg, attr::InMaskImg, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY>(inImg, inMaskImg, inHalfKnlSizeX, inHalfKnlSizeY);
+  return Call::start(inImg, inMaskImg, inHalfKnlSizeX, inHalfKnlSizeY);
 }
 
 boost::shared_ptr<MeanSmoothing2dMaskImgLvl1> meanSmoothing2dMaskImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg,
     const boost::shared_ptr<const image::BaseImage>& inMaskImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<MeanSmoothing2dMaskImgLvl1, attr::InImg, attr::InMaskImg, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY, attr::OutImg>(inImg, inMaskImg, inHalfKnlSizeX,
-                                                                  inHalfKnlSizeY, outImg);
+  return Call::startFill(inImg, inMaskImg, inHalfKnlSizeX, inHalfKnlSizeY, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<MeanSmoothing2dMaskImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

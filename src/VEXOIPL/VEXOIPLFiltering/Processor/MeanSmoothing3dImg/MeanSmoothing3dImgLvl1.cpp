@@ -59,42 +59,41 @@ BoolResult MeanSmoothing3dImgLvl1::retrieveSecondProvider(
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<MeanSmoothing3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InHalfKnlSizeX,
+                                  attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> meanSmoothing3dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
-  return processor::runCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                            attr::InHalfKnlSizeZ>(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
 
 void meanSmoothing3dImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
                         std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
                         std::uint32_t inHalfKnlSizeZ, const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                     attr::InHalfKnlSizeZ, attr::OutImg>(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY,
-                                                         inHalfKnlSizeZ, outImg);
+  Call::fill(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
 
 boost::shared_ptr<MeanSmoothing3dImgLvl1> meanSmoothing3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
-  return processor::startCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>(inImg3d, inHalfKnlSizeX,
-                                                                          inHalfKnlSizeY, inHalfKnlSizeZ);
+  return Call::start(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
 
 boost::shared_ptr<MeanSmoothing3dImgLvl1> meanSmoothing3dImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<MeanSmoothing3dImgLvl1, attr::InImg3d, attr::InHalfKnlSizeX,
-                              attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>(
-      inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
+  return Call::startFill(inImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<MeanSmoothing3dImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

@@ -1,9 +1,8 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dImg/MeanSmoothingZ3dImgLvl2.h"
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dImg/MeanSmoothingZ3dImgLvl3.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "VEXOProcessing/WindowStrips.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -17,17 +16,10 @@ const processor::ProcessorRegistrator<MeanSmoothingZ3dImgLvl2> registrator;
 // loads every other sample before it writes over it.
 BoolResult MeanSmoothingZ3dImgLvl2::retrieveProvider(const core::BasePriority& priority,
                                                      boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = MeanSmoothingZ3dImgLvl3;
-  const auto allocation = isInSitu(accessAttribute<attr::InSubImg3d>(), accessAttribute<attr::OutImg>())
-                              ? image::eStripAllocationType::OwnBuffer
-                              : image::eStripAllocationType::View;
-  provider = processor::dispatchStrips<Next>(
-      priority,
-      boost::make_shared<ImageYStrip3dWithKernelSplit<Next, const image::BaseImage, attr::InKnlZStrip3d>>(
-          getStorage<attr::InSubImg3d>(), allocation,
-          centredMargins(0, 0, getStorage<attr::InHalfKnlSizeZ>())),
-      boost::make_shared<ImageYStrip3dSplit<Next, image::BaseImage, attr::OutZStrip3d>>(
-          getStorage<attr::OutImg>(), image::eStripAllocationType::View));
+  provider = dispatchWindowStrips<MeanSmoothingZ3dImgLvl3, attr::InSubImg3d, attr::InKnlZStrip3d,
+                                  attr::OutZStrip3d, image::eStripParsingDirection::Y>(
+      priority, *this, centredMargins(0, 0, getStorage<attr::InHalfKnlSizeZ>()),
+      image::eStripAllocationType::View);
   return true;
 }
 

@@ -49,32 +49,32 @@ BoolResult MeanSmoothing3dMaskImgLvl1::retrieveProvider(
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<MeanSmoothing3dMaskImgLvl1, attr::OutImg, attr::InImg3d, attr::InBinImg3d,
+                                  attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> meanSmoothing3dMaskImg(
     const boost::shared_ptr<const image::BaseImage>& inImg3d,
     const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
-  return processor::runCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d, attr::InHalfKnlSizeX,
-                            attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>(inImg3d, inMaskImg3d, inHalfKnlSizeX,
-                                                                        inHalfKnlSizeY, inHalfKnlSizeZ)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
 
 void meanSmoothing3dMaskImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
                             const boost::shared_ptr<const image::BaseImage>& inMaskImg3d,
                             std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
                             std::uint32_t inHalfKnlSizeZ, const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d, attr::InHalfKnlSizeX,
-                     attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>(
-      inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
+  Call::fill(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
 
 boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg3d,
     const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
-  return processor::startCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d,
-                              attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>(
-      inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
+  return Call::start(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
 
 boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
@@ -82,14 +82,12 @@ boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
     const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
     const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<MeanSmoothing3dMaskImgLvl1, attr::InImg3d, attr::InBinImg3d,
-                              attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>(
-      inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
+  return Call::startFill(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<MeanSmoothing3dMaskImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::filter

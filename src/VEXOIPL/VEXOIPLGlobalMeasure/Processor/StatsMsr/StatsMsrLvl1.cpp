@@ -47,27 +47,33 @@ BoolResult StatsMsrLvl1::retrieveSecondProvider(const core::BasePriority&,
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<StatsMsrLvl1, attr::OutStatsResult, attr::InImg>;
+
+}  // namespace
+
 boost::shared_ptr<attr::StatsResult> statsMsr(const boost::shared_ptr<const image::BaseImage>& inImg) {
-  return processor::runCall<StatsMsrLvl1, attr::InImg>(inImg)->getStorage<attr::OutStatsResult>();
+  return Call::run(inImg);
 }
 
 void statsMsr(const boost::shared_ptr<const image::BaseImage>& inImg,
               const boost::shared_ptr<attr::StatsResult>& outStatsResult) {
-  processor::runCall<StatsMsrLvl1, attr::InImg, attr::OutStatsResult>(inImg, outStatsResult);
+  Call::fill(inImg, outStatsResult);
 }
 
 boost::shared_ptr<StatsMsrLvl1> statsMsr_async(const boost::shared_ptr<const image::BaseImage>& inImg) {
-  return processor::startCall<StatsMsrLvl1, attr::InImg>(inImg);
+  return Call::start(inImg);
 }
 
 boost::shared_ptr<StatsMsrLvl1> statsMsr_async(const boost::shared_ptr<const image::BaseImage>& inImg,
                                                const boost::shared_ptr<attr::StatsResult>& outStatsResult) {
-  return processor::startCall<StatsMsrLvl1, attr::InImg, attr::OutStatsResult>(inImg, outStatsResult);
+  return Call::startFill(inImg, outStatsResult);
 }
 
 boost::shared_ptr<attr::StatsResult> getAsyncProcessorOutput(
     const boost::shared_ptr<StatsMsrLvl1>& processor) {
-  return processor::awaitOutput<attr::OutStatsResult>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::glbmsr

@@ -36,41 +36,42 @@ BoolResult MaskImgImgLvl1::retrieveProvider(const core::BasePriority& priority,
   return true;
 }
 
+namespace {
+
+using Call = processor::CallForms<MaskImgImgLvl1, attr::OutImg, attr::InImg1, attr::InImg2, attr::InMaskImg>;
+
+}  // namespace
+
 boost::shared_ptr<image::BaseImage> maskImgImg(const boost::shared_ptr<const image::BaseImage>& inImg1,
                                                const boost::shared_ptr<const image::BaseImage>& inImg2,
                                                const boost::shared_ptr<const image::BaseImage>& inMaskImg) {
-  return processor::runCall<MaskImgImgLvl1, attr::InImg1, attr::InImg2, attr::InMaskImg>(inImg1, inImg2,
-                                                                                         inMaskImg)
-      ->getStorage<attr::OutImg>();
+  return Call::run(inImg1, inImg2, inMaskImg);
 }
 
 void maskImgImg(const boost::shared_ptr<const image::BaseImage>& inImg1,
                 const boost::shared_ptr<const image::BaseImage>& inImg2,
                 const boost::shared_ptr<const image::BaseImage>& inMaskImg,
                 const boost::shared_ptr<image::BaseImage>& outImg) {
-  processor::runCall<MaskImgImgLvl1, attr::InImg1, attr::InImg2, attr::InMaskImg, attr::OutImg>(
-      inImg1, inImg2, inMaskImg, outImg);
+  Call::fill(inImg1, inImg2, inMaskImg, outImg);
 }
 
 boost::shared_ptr<MaskImgImgLvl1> maskImgImg_async(
     const boost::shared_ptr<const image::BaseImage>& inImg1,
     const boost::shared_ptr<const image::BaseImage>& inImg2,
     const boost::shared_ptr<const image::BaseImage>& inMaskImg) {
-  return processor::startCall<MaskImgImgLvl1, attr::InImg1, attr::InImg2, attr::InMaskImg>(inImg1, inImg2,
-                                                                                           inMaskImg);
+  return Call::start(inImg1, inImg2, inMaskImg);
 }
 
 boost::shared_ptr<MaskImgImgLvl1> maskImgImg_async(const boost::shared_ptr<const image::BaseImage>& inImg1,
                                                    const boost::shared_ptr<const image::BaseImage>& inImg2,
                                                    const boost::shared_ptr<const image::BaseImage>& inMaskImg,
                                                    const boost::shared_ptr<image::BaseImage>& outImg) {
-  return processor::startCall<MaskImgImgLvl1, attr::InImg1, attr::InImg2, attr::InMaskImg, attr::OutImg>(
-      inImg1, inImg2, inMaskImg, outImg);
+  return Call::startFill(inImg1, inImg2, inMaskImg, outImg);
 }
 
 boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
     const boost::shared_ptr<MaskImgImgLvl1>& processor) {
-  return processor::awaitOutput<attr::OutImg>(processor);
+  return Call::await(processor);
 }
 
 }  // namespace vexo::imaproc::logic
