@@ -23,7 +23,7 @@ const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProces
       {eProcessorMessage::NotSerialisable, "%1%: archive refused: %2%"},
       {eProcessorMessage::ProviderFailed, "%1%: %2%"},
       {eProcessorMessage::RuleFailed, "%1%: %2%"},
-      {eProcessorMessage::StillRunning, "%1% is running: its attributes cannot be changed"},
+      {eProcessorMessage::StillRunning, "%1% is running: wait for the end of the run"},
       {eProcessorMessage::NotSet, "%1% is not set"},
       {eProcessorMessage::NullInput, "Input attribute should not be null"},
       {eProcessorMessage::RefusedValue, "%1%: the value is refused: %2%"}};

@@ -29,6 +29,7 @@ BaseProcessor::~BaseProcessor() = default;
 
 BoolResult BaseProcessor::init(eProcessorRulePolicy rulePolicy) {
   checkNotRunning();
+  _choicesAreOfNow = false;
   _createdOutputs.clear();
   _outputInitializers.clear();
   _attributes.clear();
@@ -41,6 +42,13 @@ BoolResult BaseProcessor::init(eProcessorRulePolicy rulePolicy) {
 boost::shared_ptr<BaseAttribute> BaseProcessor::findAttribute(const std::string& name) const {
   for (const auto& attribute : _attributes)
     if (attribute->getName() == name) return attribute;
+  return nullptr;
+}
+
+boost::shared_ptr<BaseAttribute> BaseProcessor::findMissingInput() const {
+  for (const auto& attribute : _attributes)
+    if (attribute->isInput() && !attribute->isOptional() && !attribute->isSet() && !attribute->hasDefault())
+      return attribute;
   return nullptr;
 }
 
@@ -61,9 +69,8 @@ void BaseProcessor::checkCall() {
 void BaseProcessor::checkNow() {
   if (!_initialised) fail(VEXO_HERE, eProcessorMessage::NotInitialised, getObjectName());
   dropCreatedOutputs();
-  for (const auto& attribute : _attributes)
-    if (attribute->isInput() && !attribute->isOptional() && !attribute->isSet() && !attribute->hasDefault())
-      fail(VEXO_HERE, eProcessorMessage::MissingInput, getObjectName(), attribute->getName());
+  if (const auto missing = findMissingInput())
+    fail(VEXO_HERE, eProcessorMessage::MissingInput, getObjectName(), missing->getName());
   if (_rulePolicy == eProcessorRulePolicy::WithoutRules) return;
   checkOverlaps();
   if (const BoolResult held = _rule->check(); !held)
@@ -86,6 +93,12 @@ void BaseProcessor::checkOverlaps() const {
   }
 }
 
+ChoiceColl BaseProcessor::explain() const {
+  checkNotRunning();
+  if (_choicesAreOfNow) return _choices;
+  return _initialised && !findMissingInput() ? foreseeChoices() : ChoiceColl();
+}
+
 ImageOutputInitializer::Description BaseProcessor::describeOutput(const BaseImageAttribute& output) const {
   if (const auto image = output.getImage(); image && !isCreated(output))
     return {image->getGeometry(), image->getBufferType()};
@@ -97,7 +110,8 @@ ImageOutputInitializer::Description BaseProcessor::describeOutput(const BaseImag
   return initializer->describe();
 }
 
-void BaseProcessor::forgetCreation(const BaseAttribute& attribute) {
+void BaseProcessor::noteNewValue(const BaseAttribute& attribute) {
+  _choicesAreOfNow = false;
   const auto isIt = [&](const auto& created) { return created.first.get() == &attribute; };
   _createdOutputs.erase(std::remove_if(_createdOutputs.begin(), _createdOutputs.end(), isIt),
                         _createdOutputs.end());
@@ -137,6 +151,8 @@ void BaseProcessor::releaseWorkImages() {
 }
 
 void BaseProcessor::execute(const core::RunShare& share) {
+  _choices.clear();
+  _choicesAreOfNow = true;
   checkNow();
   for (const auto& attribute : _attributes)
     if (attribute->getInfo().isWorkImage() && !attribute->isSet()) _emptyWork.push_back(attribute);
@@ -171,6 +187,7 @@ BoolResult BaseProcessor::copy(const BaseDynamicObject& other) {
 }
 
 BoolResult BaseProcessor::copyValues(const BaseProcessor& other) {
+  _choicesAreOfNow = false;
   _createdOutputs.clear();
   for (std::size_t i = 0; i < _attributes.size(); ++i) {
     if (const BoolResult copied = _attributes[i]->copyValue(*other._attributes[i]); !copied) return copied;

@@ -24,6 +24,18 @@ struct ProcessorDispatchPolicy {
   std::size_t lengthPerMargin = 8;
 };
 
+/// The child that a processor runs to do its work, by class name without namespace, and what speaks for it.
+struct ChildChoice {
+  std::string child;
+  std::string reason;
+};
+using ChoiceColl = std::vector<ChildChoice>;
+
+template <class Child>
+ChildChoice choiceOf(std::string reason) {
+  return {Child::getObjectNameStr(), std::move(reason)};
+}
+
 /// A filter, or a step of one: an object with typed attributes that can be checked and run.
 ///
 /// Life: made empty; init() creates attributes and rules; set<A>() gives values; run() checks, creates
@@ -54,7 +66,7 @@ public:
     const boost::shared_ptr<A> attribute = accessAttribute<A>();
     checkNotRunning();
     attribute->setStorage(value);
-    forgetCreation(*attribute);
+    noteNewValue(*attribute);
   }
   /// The value or the default; a null handle when there is neither. Throws when the processor has no such
   /// attribute.
@@ -75,6 +87,11 @@ public:
   /// may be the same image), the rule holds. Throws the reason. Outputs that the run before created are
   /// dropped first: the next run creates its own.
   void checkCall();
+  /// Where there are several implementations: those that the last run has chosen, in order, also when it
+  /// failed; before a run with the attributes as they are now, those that the attributes alone decide, none
+  /// while a mandatory input is missing. A value given through an attribute itself does not end what a run
+  /// has left. Throws during a run.
+  ChoiceColl explain() const;
   /// Geometry and type of the output image of that name, given or to be created; throws when it cannot be
   /// told yet.
   ImageOutputInitializer::Description describeOutput(const BaseImageAttribute& output) const;
@@ -103,6 +120,10 @@ protected:
   /// Called before and after the work of a run.
   virtual BoolResult preProcess() { return true; }
   virtual void clearIntermediateData() {}
+  /// What the attributes alone decide of the choices that a run makes; the mandatory ones have values.
+  virtual ChoiceColl foreseeChoices() const { return {}; }
+  /// Called where a run chooses. The reason tells of the chosen child alone, no class name of another.
+  void recordChoice(ChildChoice choice) { _choices.push_back(std::move(choice)); }
   /// The work.
   virtual void process(const core::RunShare& share) = 0;
 
@@ -112,9 +133,10 @@ protected:
 private:
   void checkNotRunning() const;
   void checkNow();
+  boost::shared_ptr<BaseAttribute> findMissingInput() const;
   [[noreturn]] void raiseNoSuchAttribute(const std::string& attributeName) const;
   void checkOverlaps() const;
-  void forgetCreation(const BaseAttribute& attribute);
+  void noteNewValue(const BaseAttribute& attribute);
   BoolResult copyValues(const BaseProcessor& other);
   bool isCreated(const BaseAttribute& attribute) const;
   void createMissingOutputs();
@@ -130,7 +152,9 @@ private:
   /// Outputs that the last run created, not the caller, with what it created.
   std::vector<std::pair<boost::shared_ptr<BaseAttribute>, boost::shared_ptr<const image::BaseImage>>>
       _createdOutputs;
-  AttributeColl _emptyWork;  ///< work images that were not set when the run began
+  ChoiceColl _choices;            ///< of the last run
+  bool _choicesAreOfNow = false;  ///< whether that run had the present attributes
+  AttributeColl _emptyWork;       ///< work images that were not set when the run began
 };
 
 /// Runs and waits; throws whatever made the run fail.
