@@ -27,6 +27,13 @@ processor::RulePtr MeanSmoothing2dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
 }
 
+// What explain() tells of a run before it. During the run each choice is recorded where it is made.
+processor::ChoiceColl MeanSmoothing2dImgLvl1::foreseeChoices() const {
+  return {getStorage<attr::InImg>()->isGpuImage()
+              ? processor::choiceOf<Convolution2dImgLvl2>("the image is in the memory of the GPU")
+              : processor::choiceOf<MeanSmoothing2dImgLvl2>("the image is in the memory of the host")};
+}
+
 namespace {
 
 // On the GPU the mean is a convolution with a box of ones.
@@ -48,6 +55,7 @@ boost::shared_ptr<core::BaseActionProvider> convolveOnGpu(const MeanSmoothing2dI
 // The choice of implementation. On the host each plane is a piece, the half sizes go to all of them.
 BoolResult MeanSmoothing2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
+  recordChoice(foreseeChoices().front());
   if (getStorage<attr::InImg>()->isGpuImage()) {
     provider = convolveOnGpu(*this, priority);
     return true;

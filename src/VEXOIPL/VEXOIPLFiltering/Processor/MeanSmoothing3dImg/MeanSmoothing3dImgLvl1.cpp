@@ -25,9 +25,16 @@ processor::RulePtr MeanSmoothing3dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
 }
 
+processor::ChoiceColl MeanSmoothing3dImgLvl1::foreseeChoices() const {
+  return {getStorage<attr::InImg3d>()->isGpuImage()
+              ? processor::choiceOf<Convolution3dImgLvl2>("the image is in the memory of the GPU")
+              : processor::choiceOf<MeanSmoothing2dImgLvl1>("the image is in the memory of the host")};
+}
+
 // On the GPU one normalised convolution with a box of ones does all of it, and the second provider nothing.
 BoolResult MeanSmoothing3dImgLvl1::retrieveFirstProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
+  recordChoice(foreseeChoices().front());
   if (getStorage<attr::InImg3d>()->isGpuImage()) {
     using Next = Convolution3dImgLvl2;
     const auto box = makeBoxKernel(getStorage<attr::InHalfKnlSizeX>(), getStorage<attr::InHalfKnlSizeY>(),

@@ -17,6 +17,7 @@ public:
 private:
   void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
+  processor::ChoiceColl foreseeChoices() const override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
   BoolResult retrieveSecondProvider(const core::BasePriority& priority,
