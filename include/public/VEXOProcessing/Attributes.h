@@ -14,7 +14,7 @@ namespace vexo::imaproc::attr {
 /// Images of first-level processors.
 class InImg : public processor::InputImageAttribute<InImg> {
 public:
-  static constexpr char toolTip[] = "Image to process; each of its planes is processed on its own";
+  static constexpr char toolTip[] = "Image to process; 2d filters process each of its planes on its own";
 };
 class OutImg : public processor::OutputImageAttribute<OutImg> {
 public:
