@@ -21,6 +21,7 @@ using processor::AttributeColl;
 using processor::BaseAttribute;
 using processor::BaseImageAttribute;
 using processor::BaseProcessor;
+using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -104,8 +105,16 @@ void checkHasUse(const BaseProcessor& processor, const ImageFiles& images) {
                              outputs.front()->getName());
 }
 
-void printOutputGeometry(const BaseProcessor& processor, bool asJson) {
-  nlohmann::ordered_json json = nlohmann::ordered_json::object();
+/// The choices of a processor, as --explain prints them.
+Json toJson(const processor::ChoiceColl& choices) {
+  Json json = Json::array();
+  for (const auto& [child, reason] : choices) json.push_back({{"child", child}, {"reason", reason}});
+  return json;
+}
+
+void printPlan(const BaseProcessor& processor, const Settings& settings) {
+  const bool asJson = settings.isJson();
+  Json json = Json::object();
   for (const BaseImageAttribute* output : getOutputImages(processor)) {
     const auto [g, type] = processor.describeOutput(*output);
     const std::string typeName = image::toString(type);
@@ -113,20 +122,24 @@ void printOutputGeometry(const BaseProcessor& processor, bool asJson) {
                                {"c", g.c}, {"t", g.t}, {"type", typeName}};
     if (!asJson) std::cout << output->getName() << ": " << toString(g) << ' ' << typeName << '\n';
   }
+  if (settings.isExplained()) {
+    const processor::ChoiceColl choices = processor.explain();
+    json["explain"] = toJson(choices);
+    for (const auto& [child, reason] : choices)
+      if (!asJson) std::cout << "explain: " << child << ": " << reason << '\n';
+  }
   if (asJson) std::cout << json.dump(2) << '\n';
 }
 
-void printOutputValues(const AttributeColl& attributes) {
+void printResults(const BaseProcessor& processor, const Settings& settings) {
   JsonOArchive archive;
-  bool any = false;
-  for (const auto& attribute : attributes) {
-    if (!attribute->isOutput() || !attribute->isSet() ||
-        dynamic_cast<const BaseImageAttribute*>(attribute.get()))
-      continue;
-    attribute->write(archive);
-    any = true;
-  }
-  if (any) std::cout << archive.getText() << '\n';
+  for (const auto& attribute : processor.getAttributes())
+    if (attribute->isOutput() && attribute->isSet() &&
+        !dynamic_cast<const BaseImageAttribute*>(attribute.get()))
+      attribute->write(archive);
+  Json json = Json::parse(archive.getText());
+  if (settings.isExplained()) json["explain"] = toJson(processor.explain());
+  if (!json.empty()) std::cout << json.dump(2) << '\n';
 }
 
 void execute(const boost::shared_ptr<BaseProcessor>& processor, const Settings& settings,
@@ -138,14 +151,14 @@ void execute(const boost::shared_ptr<BaseProcessor>& processor, const Settings& 
   images.createOutputs(*processor);
   processor->checkCall();
   images.checkOutputs(*processor);
-  if (settings.isDryRun()) return printOutputGeometry(*processor, settings.isJson());
+  if (settings.isDryRun()) return printPlan(*processor, settings);
 
   watchSignals();
   images.readInputs();
   throwIfCancelled();
   runWatched(processor, !settings.isQuiet());
   // First what can be printed: when that fails the files stay as they were.
-  printOutputValues(processor->getAttributes());
+  printResults(*processor, settings);
   flushOutput();
   images.writeOutputs();
 }

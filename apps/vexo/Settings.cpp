@@ -67,6 +67,9 @@ void Settings::addOptions(CLI::App& app) {
   app.add_flag("--dry-run", _dryRun,
                "Check the call and print geometry and type of the outputs, nothing more");
   app.add_flag("--json", _json, "Print JSON in a dry run");
+  app.add_flag(
+      "--explain", _explain,
+      "Print which implementations the run has chosen, and why; in a dry run as far as no sample decides");
 }
 
 void Settings::check() const {

@@ -21,9 +21,10 @@ public:
   bool isQuiet() const { return _quiet; }
   bool isDryRun() const { return _dryRun; }
   bool isJson() const { return _json; }
+  bool isExplained() const { return _explain; }
 
 private:
-  bool _quiet = false, _dryRun = false, _json = false;
+  bool _quiet = false, _dryRun = false, _json = false, _explain = false;
   std::optional<std::string> _threads, _instructionSet, _logLevel;
 };
 

@@ -157,6 +157,35 @@ TEST_F(CommandLineTest, DryRunReadsNoSample) {
   EXPECT_EQ("old", readText(folder / "out.tif"));
 }
 
+TEST_F(CommandLineTest, ExplainsItsChoices) {
+  const std::string run = mean + "--InImg in.tif --OutImg out.tif --explain ";
+  const Json chosen = Json::array(
+      {{{"child", "MeanSmoothing2dImgLvl2"}, {"reason", "the image is in the memory of the host"}}});
+  EXPECT_EQ((Json{{"explain", chosen}}), callJson(run));
+  EXPECT_TRUE(fs::remove(folder / "out.tif"));
+  const Json plan = callJson(run + "--dry-run --json");
+  EXPECT_EQ(chosen, plan.at("explain"));
+  EXPECT_EQ(37, plan.at("OutImg").at("x"));
+  const Answer answer = call(run + "--dry-run");
+  EXPECT_EQ(
+      "OutImg: 37 x 150 uint8\n"
+      "explain: MeanSmoothing2dImgLvl2: the image is in the memory of the host\n",
+      answer.output + answer.errors);
+  EXPECT_FALSE(fs::exists(folder / "out.tif"));
+
+  // The answer goes first: where it cannot be given, no file is written.
+  EXPECT_EQ(1, call(run, "/dev/full").status);
+  EXPECT_FALSE(fs::exists(folder / "out.tif"));
+  // Beside other outputs, and where there is nothing to choose.
+  const Json printed = callJson("run StatsMsr --InImg in.tif --explain");
+  EXPECT_EQ(5550, printed.at("OutStatsResult").at("count"));
+  EXPECT_EQ(Json::array(), printed.at("explain"));
+  EXPECT_EQ((Json{{"explain", Json::array()}}),
+            callJson("run StatsMsr --InImg in.tif --explain --dry-run --json"));
+  EXPECT_EQ("", call("run StatsMsr --InImg in.tif --explain --dry-run").output);
+  EXPECT_TRUE(test::has(call("run MeanSmoothing2dImg --help").output, "--explain"));
+}
+
 TEST_F(CommandLineTest, WordsThatAreOff) {
   const std::string files = mean + "--InImg in.tif --OutImg out.tif ";
   const std::string run = "run MeanSmoothing2dImg ";
@@ -178,6 +207,7 @@ TEST_F(CommandLineTest, WordsThatAreOff) {
       {files + "--InHalfKnlSizX 3", "--InHalfKnlSizeX"},
       {files + "--OutImage=out.tif", "--OutImg"},
       {files + "--thread 3", "--threads"},
+      {files + "--explan", "--explain"},
       {files + "more", "'more'"},
       {files + "--InImg in.tif", "--InImg is given twice"},
       {files + "--threads", "--threads"},
