@@ -15,6 +15,12 @@ boost::shared_ptr<P> prepareCall(const typename As::StorageType&... values) {
   return processor;
 }
 
+/// The same with the values that the attributes have in another processor.
+template <class P, class... As>
+boost::shared_ptr<P> prepareChild(const BaseProcessor& parent) {
+  return prepareCall<P, As...>(parent.getStorage<As>()...);
+}
+
 /// The call forms that every filter has: P is its first level, Out its output, In its parameters in the order
 /// of the arguments.
 template <class P, class Out, class... In>

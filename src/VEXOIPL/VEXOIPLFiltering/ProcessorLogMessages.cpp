@@ -85,7 +85,11 @@ const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProces
       {eProcessorMessage::MeanSmoothing3dMaskImgLvl3,
        "Level 3 algorithm: Masked mean filter used to blur a 3d image"},
       {eProcessorMessage::MeanSmoothingZ3dImgLvl2, "Level 2 algorithm: Mean filter along Z of a 3d image"},
-      {eProcessorMessage::MeanSmoothingZ3dImgLvl3, "Level 3 algorithm: Mean filter along Z of a 3d image"}};
+      {eProcessorMessage::MeanSmoothingZ3dImgLvl3, "Level 3 algorithm: Mean filter along Z of a 3d image"},
+      {eProcessorMessage::Median2dImgLvl1,
+       "Level 1 algorithm: Median of a 2d image by the implementation that suits window and samples"},
+      {eProcessorMessage::Median3dImgLvl1,
+       "Level 1 algorithm: Median of a 3d image by the implementation that suits window and samples"}};
   return table;
 }
 

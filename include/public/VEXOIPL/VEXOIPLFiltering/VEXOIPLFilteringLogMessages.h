@@ -58,6 +58,8 @@ enum class eProcessorMessage {
   MeanSmoothing3dMaskImgLvl3 = 116,
   MeanSmoothingZ3dImgLvl2 = 117,
   MeanSmoothingZ3dImgLvl3 = 118,
+  Median2dImgLvl1 = 120,
+  Median3dImgLvl1 = 121,
 };
 
 /// Tool tips of the module's own attributes.
