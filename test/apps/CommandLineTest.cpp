@@ -176,6 +176,21 @@ TEST_F(CommandLineTest, ExplainsItsChoices) {
   // The answer goes first: where it cannot be given, no file is written.
   EXPECT_EQ(1, call(run, "/dev/full").status);
   EXPECT_FALSE(fs::exists(folder / "out.tif"));
+  // What the samples decide a dry run does not tell, and what they have decided a run does.
+  const std::string median =
+      "run Median3dImg --InHalfKnlSizeX 1 --InHalfKnlSizeY 2 --InHalfKnlSizeZ 1 --OutImg out.tif --explain ";
+  const auto words = Image::create({5, 4, 3}, eImageBufferType::UInt16);
+  test::forEachSample(words->getGeometry(),
+                      [&](auto x, auto... at) { test::setSample(*words, 60.0 * double(x), x, at...); });
+  image::io::writeImage(*words, folder / "words.tif");
+  const Json measured = {{"child", "StatsMsrLvl1"},
+                         {"reason", "for half sizes 1, 2 and 1 the range of the samples decides"}};
+  const Json counted = {{"child", "HistoMedian3dImgLvl1"}, {"reason", "the range 0 to 240 fits 256 levels"}};
+  EXPECT_EQ(Json::array({measured}), callJson(median + "--InImg3d words.tif --dry-run --json").at("explain"));
+  EXPECT_EQ((Json{{"InOutOptAllow8bitsCompression", false}, {"explain", {measured, counted}}}),
+            callJson(median + "--InImg3d words.tif --InOutOptAllow8bitsCompression true"));
+  EXPECT_EQ("HistoMedian3dImgLvl1",
+            callJson(median + "--InImg3d in.tif --dry-run --json").at("explain").at(1).at("child"));
   // Beside other outputs, and where there is nothing to choose.
   const Json printed = callJson("run StatsMsr --InImg in.tif --explain");
   EXPECT_EQ(5550, printed.at("OutStatsResult").at("count"));
