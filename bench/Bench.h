@@ -20,6 +20,7 @@ struct Case {
   image::eImageBufferType type;
   image::ImageGeometry geometry;
   std::optional<image::eImageBufferType> outType = std::nullopt;  ///< the input's, unless it is set
+  unsigned largest = 0xffff;  ///< samples are random, from 0 to this, a power of 2 less 1, and the type
   /// One call: reads `in`, fills `out` (of the same geometry).
   std::function<void(const boost::shared_ptr<const image::BaseImage>& in,
                      const boost::shared_ptr<image::BaseImage>& out)>
@@ -27,6 +28,14 @@ struct Case {
 #ifdef VEXO_HAS_OPENCV
   std::function<void(const cv::Mat& in, cv::Mat& out)> peer;
 #endif
+  /// Another line of the table that this one is measured against, when it has no peer: time per sample, times
+  /// `work`.
+  struct Yardstick {
+    std::string filter;
+    image::eImageBufferType type;
+    double work = 1;
+  };
+  std::optional<Yardstick> yardstick = std::nullopt;
 };
 
 /// Adds a line; called by static objects of the files of this folder, one file per filter family.

@@ -1,4 +1,4 @@
-// Gaussian smoothing and convolution of volumes; the peer is timed by volumes.py.
+// Gaussian smoothing and convolution of volumes; the peer is timed by scipy_peers.py.
 #include "Bench.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution3dImg/Convolution3dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/GaussianSmoothing3dImg/GaussianSmoothing3dImgLvl1.h"

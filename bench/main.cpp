@@ -31,20 +31,24 @@ std::vector<Case>& cases() {
   return all;
 }
 
-boost::shared_ptr<Image> randomImage(const ImageGeometry& geometry, eImageBufferType type) {
+std::size_t sampleCount(const ImageGeometry& g) {
+  return g.x * g.y * g.z * g.c * g.t;
+}
+
+boost::shared_ptr<Image> randomImage(const ImageGeometry& geometry, eImageBufferType type, unsigned largest) {
   const auto result = Image::create(geometry, type);
   std::mt19937 random(1);
   image::visitBufferType(type, [&](auto zero) {
     using T = decltype(zero);
-    const std::size_t count = geometry.x * geometry.y * geometry.z * geometry.c * geometry.t;
+    const std::size_t count = sampleCount(geometry);
     auto* samples = static_cast<T*>(result->getData());
-    for (std::size_t i = 0; i < count; ++i) samples[i] = static_cast<T>(random() & 0xffff);
+    for (std::size_t i = 0; i < count; ++i) samples[i] = static_cast<T>(random() & largest);
   });
   return result;
 }
 
 std::size_t byteSize(const Image& image) {
-  return image.getSizeX() * image.getSizeY() * image.getSizeZ() * getSampleSize(image.getBufferType());
+  return sampleCount(image.getGeometry()) * getSampleSize(image.getBufferType());
 }
 
 #ifdef VEXO_HAS_OPENCV
@@ -127,11 +131,11 @@ struct Pair {
   boost::shared_ptr<Image> in, out;
 };
 Pair images(const ImageGeometry& geometry, eImageBufferType type,
-            std::optional<eImageBufferType> outType = std::nullopt) {
+            std::optional<eImageBufferType> outType = std::nullopt, unsigned largest = 0xffff) {
   static std::map<std::string, boost::shared_ptr<Image>> made;
   const auto imageOf = [&](eImageBufferType t, const char* role) {
-    auto& result = made[toString(geometry) + toString(t) + role];
-    if (!result) result = randomImage(geometry, t);
+    auto& result = made[toString(geometry) + toString(t) + role + std::to_string(largest)];
+    if (!result) result = randomImage(geometry, t, largest);
     return result;
   };
   return {imageOf(type, "in"), imageOf(outType.value_or(type), "out")};
@@ -141,7 +145,7 @@ void registerCases() {
   for (const Case& line : cases())
     for (const int threads : {1, 2}) {
       registerWork(caseName(line, threads, "ours"), threads, [line] {
-        const Pair pair = images(line.geometry, line.type, line.outType);
+        const Pair pair = images(line.geometry, line.type, line.outType, line.largest);
         line.ours(pair.in, pair.out);
       });
       registerWork(caseName(line, threads, "memcpy"), threads, [line, threads] {
@@ -151,7 +155,7 @@ void registerCases() {
 #ifdef VEXO_HAS_OPENCV
       if (line.peer)
         registerWork(caseName(line, threads, "peer"), threads, [line] {
-          const Pair pair = images(line.geometry, line.type, line.outType);
+          const Pair pair = images(line.geometry, line.type, line.outType, line.largest);
           cv::Mat in = asMat(*pair.in), out = asMat(*pair.out);
           line.peer(in, out);
         });
@@ -211,25 +215,42 @@ std::string processorName() {
   return "unknown processor";
 }
 
-/// Medians of the volume filters of SciPy, by case and type, from a child process; empty where it cannot run.
-std::map<std::string, double> timeVolumePeers() {
+bool hasRun(MedianReporter& medians, const Case& line) {
+  return medians.median(caseName(line, 1, "ours")) > 0;
+}
+
+/// Nanoseconds per sample of the peers from SciPy and NumPy, by case and type, for the lines that have run,
+/// from a child process; empty where it cannot run.
+std::map<std::string, double> timeScipyPeers(MedianReporter& medians) {
+  std::string words;
+  for (const Case& line : cases())
+    if (hasRun(medians, line)) words += " '" + line.filter + "/" + toString(line.type) + "'";
   std::map<std::string, double> times;
-  std::unique_ptr<FILE, int (*)(FILE*)> child(
-      popen("/usr/bin/python3 " VEXO_VOLUMES_SCRIPT " 2>/dev/null", "r"), pclose);
+  const std::string command = "/usr/bin/python3 " VEXO_SCIPY_PEERS_SCRIPT + words + " 2>/dev/null";
+  std::unique_ptr<FILE, int (*)(FILE*)> child(popen(command.c_str(), "r"), pclose);
   std::string text;
   for (int c = 0; child && (c = std::fgetc(child.get())) != EOF;) text += static_cast<char>(c);
   const auto json = nlohmann::json::parse(text, nullptr, false);
   if (json.is_object())
-    for (const auto& [name, milliseconds] : json.items()) times[name] = milliseconds.get<double>();
+    for (const auto& [name, nanoseconds] : json.items()) times[name] = nanoseconds.get<double>();
   return times;
 }
 
+/// What the time of a line, with one thread, is compared with; 0 when there is nothing.
+double peerTime(MedianReporter& medians, const Case& line, const std::map<std::string, double>& scipyPeers) {
+  const auto samples = static_cast<double>(sampleCount(line.geometry));
+  if (line.yardstick)
+    for (const Case& other : cases())
+      if (other.filter == line.yardstick->filter && other.type == line.yardstick->type)
+        return medians.median(caseName(other, 1, "ours")) * line.yardstick->work * samples /
+               static_cast<double>(sampleCount(other.geometry));
+  const auto found = scipyPeers.find(line.filter + "/" + toString(line.type));
+  return found == scipyPeers.end() ? medians.median(caseName(line, 1, "peer"))
+                                   : found->second * samples * 1e-6;
+}
+
 void printTable(MedianReporter& medians) {
-  const bool volumes = std::any_of(cases().begin(), cases().end(), [&](const Case& line) {
-    return line.geometry.z > 1 && medians.median(caseName(line, 1, "ours")) > 0;
-  });
-  const std::map<std::string, double> volumePeers =
-      volumes ? timeVolumePeers() : std::map<std::string, double>();
+  const std::map<std::string, double> scipyPeers = timeScipyPeers(medians);
   std::printf("%s, %u processors\n\n", processorName().c_str(), std::thread::hardware_concurrency());
   std::printf(
       "| filter | type | size | threads | ours ms | peer ms | ours / peer | ours / memcpy | 1 thread / this "
@@ -239,9 +260,8 @@ void printTable(MedianReporter& medians) {
     for (const int threads : {1, 2}) {
       const double ours = medians.median(caseName(line, threads, "ours"));
       if (ours == 0) continue;
-      double peer = medians.median(caseName(line, threads, "peer"));
-      const auto volumePeer = volumePeers.find(line.filter + "/" + toString(line.type));
-      if (volumePeer != volumePeers.end() && threads == 1) peer = volumePeer->second;
+      const double peer = threads == 1 ? peerTime(medians, line, scipyPeers)
+                                       : medians.median(caseName(line, threads, "peer"));
       const double copy = medians.median(caseName(line, threads, "memcpy"));
       const double one = medians.median(caseName(line, 1, "ours"));
       std::printf("| %s | %s | %s | %d | %.2f | ", line.filter.c_str(), typesOf(line).c_str(),
