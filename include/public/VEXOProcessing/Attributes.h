@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <vector>
 
 #include "VEXOMath/Kernel.h"
 #include "VEXOProcessing/Attribute.h"
@@ -31,6 +32,18 @@ public:
 class InImg2 : public processor::InputImageAttribute<InImg2> {
 public:
   static constexpr char toolTip[] = "Second image";
+};
+class InImg3d1 : public processor::InputImageAttribute<InImg3d1> {
+public:
+  static constexpr char toolTip[] = "First image; each of its volumes is processed on its own";
+};
+class InImg3d2 : public processor::InputImageAttribute<InImg3d2> {
+public:
+  static constexpr char toolTip[] = "Second image; each of its volumes is processed on its own";
+};
+class OutRealImg : public processor::OutputImageAttribute<OutRealImg> {
+public:
+  static constexpr char toolTip[] = "32-bit float result; created when not given";
 };
 class InMaskImg : public processor::InputImageAttribute<InMaskImg> {
 public:
@@ -156,6 +169,42 @@ public:
   static bool defaultValue() { return false; }
 };
 
+/// Bilateral filters.
+class InSpaceSigma : public processor::Attribute<InSpaceSigma, double> {
+public:
+  static constexpr char toolTip[] = "Standard deviation of the weights by distance, in pixels";
+};
+class InRangeSigma : public processor::Attribute<InRangeSigma, double> {
+public:
+  static constexpr char toolTip[] =
+      "Standard deviation of the weights by difference in value, in grey levels";
+};
+class InOptHalfKnlSize : public HalfKnlSize<InOptHalfKnlSize> {
+public:
+  static constexpr char toolTip[] =
+      "Half size of the window along each axis: it spans 2 * value + 1 samples; 0: 1.5 times InSpaceSigma";
+  static std::uint32_t defaultValue() { return 0; }
+};
+class InHalfKnlSize : public HalfKnlSize<InHalfKnlSize> {
+public:
+  static constexpr char toolTip[] = "Half size of the window along each axis: it spans 2 * value + 1 samples";
+};
+class InScaleFactor : public processor::Attribute<InScaleFactor, double> {
+public:
+  static constexpr char toolTip[] = "Bins of the range weights per grey level";
+};
+using Floats = std::vector<float>;
+class InTabulatedSpaceExponentials
+    : public processor::Attribute<InTabulatedSpaceExponentials, boost::shared_ptr<const Floats>> {
+public:
+  static constexpr char toolTip[] = "Weight of each place of the window";
+};
+class InTabulatedRangeExponentials
+    : public processor::Attribute<InTabulatedRangeExponentials, boost::shared_ptr<const Floats>> {
+public:
+  static constexpr char toolTip[] = "Weight of each bin of differences in value";
+};
+
 /// Gaussian smoothing: standard deviations in samples. The kernel builder refuses a negative one and one that
 /// is not finite.
 class InStdDevX : public processor::Attribute<InStdDevX, float> {
@@ -206,6 +255,22 @@ public:
 class InSubImg3d : public processor::InputImageAttribute<InSubImg3d> {
 public:
   static constexpr char toolTip[] = "One volume of the image to process";
+};
+class InSubImg2d1 : public processor::InputImageAttribute<InSubImg2d1> {
+public:
+  static constexpr char toolTip[] = "One plane of the first image";
+};
+class InSubImg2d2 : public processor::InputImageAttribute<InSubImg2d2> {
+public:
+  static constexpr char toolTip[] = "One plane of the second image";
+};
+class InSubImg3d1 : public processor::InputImageAttribute<InSubImg3d1> {
+public:
+  static constexpr char toolTip[] = "One volume of the first image";
+};
+class InSubImg3d2 : public processor::InputImageAttribute<InSubImg3d2> {
+public:
+  static constexpr char toolTip[] = "One volume of the second image";
 };
 class InSubMaskImg2d : public processor::InputImageAttribute<InSubMaskImg2d> {
 public:

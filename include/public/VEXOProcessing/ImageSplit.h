@@ -153,9 +153,7 @@ private:
   boost::shared_ptr<const image::StripMarginCopies> _copies;
 };
 
-// Strips without margins, and with the margins of a kernel. Kernels load every sample of their strip before
-// they write over it, so an output in place needs no buffer of its own; an input in place does, for its
-// margins.
+// Strips by their usual names, without margins and with those of a kernel.
 template <class P, class Img, class A>
 using ImageYStrip2dSplit = ImageStripSplit<P, Img, A, image::eStripParsingDirection::Y>;
 template <class P, class Img, class A>

@@ -6,6 +6,18 @@ using imaproc::filter::eProcessorMessage;
 
 const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
   static const std::vector<std::pair<eProcessorMessage, const char*>> table = {
+      {eProcessorMessage::Bilateral2dImgLvl1,
+       "Level 1 algorithm: Bilateral filter used to smooth a 2d image, but not its edges"},
+      {eProcessorMessage::Bilateral2dImgLvl2,
+       "Level 2 algorithm: Bilateral filter used to smooth a 2d image, but not its edges"},
+      {eProcessorMessage::Bilateral2dImgLvl3,
+       "Level 3 algorithm: Bilateral filter used to smooth a 2d image, but not its edges"},
+      {eProcessorMessage::Bilateral3dImgLvl1,
+       "Level 1 algorithm: Bilateral filter used to smooth a 3d image, but not its edges"},
+      {eProcessorMessage::Bilateral3dImgLvl2,
+       "Level 2 algorithm: Bilateral filter used to smooth a 3d image, but not its edges"},
+      {eProcessorMessage::Bilateral3dImgLvl3,
+       "Level 3 algorithm: Bilateral filter used to smooth a 3d image, but not its edges"},
       {eProcessorMessage::Convolution2dImgGpuLvl3,
        "Level 3 algorithm: convolution algorithm of input 2d image using a given kernel on Gpu"},
       {eProcessorMessage::Convolution2dImgLvl1,
@@ -89,7 +101,43 @@ const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProces
       {eProcessorMessage::Median2dImgLvl1,
        "Level 1 algorithm: Median of a 2d image by the implementation that suits window and samples"},
       {eProcessorMessage::Median3dImgLvl1,
-       "Level 1 algorithm: Median of a 3d image by the implementation that suits window and samples"}};
+       "Level 1 algorithm: Median of a 3d image by the implementation that suits window and samples"},
+      {eProcessorMessage::PearsonColocalization2dImgLvl1,
+       "Level 1 algorithm: builds the Pearson's colocalization map computing the Pearson correlation "
+       "coefficient on each pixel"},
+      {eProcessorMessage::PearsonColocalization2dImgLvl2,
+       "Level 2 algorithm: builds the Pearson's colocalization map computing the Pearson correlation "
+       "coefficient on each pixel"},
+      {eProcessorMessage::PearsonColocalization2dImgLvl3,
+       "Level 3 algorithm: builds the Pearson's colocalization map computing the Pearson correlation "
+       "coefficient on each pixel"},
+      {eProcessorMessage::PearsonColocalization3dImgLvl1,
+       "Level 1 algorithm: builds the Pearson's colocalization map computing the Pearson correlation "
+       "coefficient on each voxel"},
+      {eProcessorMessage::PearsonColocalization3dImgLvl2,
+       "Level 2 algorithm: builds the Pearson's colocalization map computing the Pearson correlation "
+       "coefficient on each voxel"},
+      {eProcessorMessage::PearsonColocalization3dImgLvl3,
+       "Level 3 algorithm: builds the Pearson's colocalization map computing the Pearson correlation "
+       "coefficient on each voxel"},
+      {eProcessorMessage::SeparatedBilateral2dImgLvl1,
+       "Level 1 algorithm: separated version of bilateral filter on 2d image"},
+      {eProcessorMessage::SeparatedBilateral2dImgLvl2,
+       "Level 2 algorithm: separated version of bilateral filter on 2d image"},
+      {eProcessorMessage::SeparatedBilateralX2dImgLvl3,
+       "Level 3 algorithm: separated version of bilateral filter on 2d image"},
+      {eProcessorMessage::SeparatedBilateralY2dImgLvl3,
+       "Level 3 algorithm: separated version of bilateral filter on 2d image"},
+      {eProcessorMessage::SeparatedBilateral3dImgLvl1,
+       "Level 1 algorithm: separated version of bilateral filter on 3d image"},
+      {eProcessorMessage::SeparatedBilateral3dImgLvl2,
+       "Level 2 algorithm: separated version of bilateral filter on 3d image"},
+      {eProcessorMessage::SeparatedBilateralX3dImgLvl3,
+       "Level 3 algorithm: separated version of bilateral filter on 3d image"},
+      {eProcessorMessage::SeparatedBilateralY3dImgLvl3,
+       "Level 3 algorithm: separated version of bilateral filter on 3d image"},
+      {eProcessorMessage::SeparatedBilateralZ3dImgLvl3,
+       "Level 3 algorithm: separated version of bilateral filter on 3d image"}};
   return table;
 }
 

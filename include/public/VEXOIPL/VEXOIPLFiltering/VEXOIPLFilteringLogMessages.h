@@ -9,6 +9,12 @@ namespace vexo::imaproc::filter {
 
 /// Tool tips of processors. Values are stable: they are part of the interface.
 enum class eProcessorMessage {
+  Bilateral2dImgLvl1 = 9,
+  Bilateral2dImgLvl2 = 10,
+  Bilateral2dImgLvl3 = 11,
+  Bilateral3dImgLvl1 = 12,
+  Bilateral3dImgLvl2 = 13,
+  Bilateral3dImgLvl3 = 14,
   Convolution2dImgGpuLvl3 = 19,
   Convolution2dImgLvl1 = 20,
   Convolution2dImgLvl2 = 21,
@@ -60,6 +66,21 @@ enum class eProcessorMessage {
   MeanSmoothingZ3dImgLvl3 = 118,
   Median2dImgLvl1 = 120,
   Median3dImgLvl1 = 121,
+  PearsonColocalization2dImgLvl1 = 122,
+  PearsonColocalization2dImgLvl2 = 123,
+  PearsonColocalization2dImgLvl3 = 124,
+  PearsonColocalization3dImgLvl1 = 125,
+  PearsonColocalization3dImgLvl2 = 126,
+  PearsonColocalization3dImgLvl3 = 127,
+  SeparatedBilateral2dImgLvl1 = 130,
+  SeparatedBilateral2dImgLvl2 = 131,
+  SeparatedBilateralX2dImgLvl3 = 132,
+  SeparatedBilateralY2dImgLvl3 = 133,
+  SeparatedBilateral3dImgLvl1 = 134,
+  SeparatedBilateral3dImgLvl2 = 135,
+  SeparatedBilateralX3dImgLvl3 = 136,
+  SeparatedBilateralY3dImgLvl3 = 137,
+  SeparatedBilateralZ3dImgLvl3 = 138,
 };
 
 /// Tool tips of the module's own attributes.

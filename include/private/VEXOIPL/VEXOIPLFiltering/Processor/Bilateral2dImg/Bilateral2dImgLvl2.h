@@ -1,0 +1,25 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 2, one plane: cuts it into bands of rows with the margins of the window, for level 3.
+class VEXO_API Bilateral2dImgLvl2 final
+    : public processor::ProcessorClass<Bilateral2dImgLvl2, processor::BaseAsync1Processor> {
+public:
+  using Attributes =
+      processor::AttributeList<attr::InSubImg2d, attr::OutImg, attr::InScaleFactor,
+                               attr::InTabulatedSpaceExponentials, attr::InTabulatedRangeExponentials,
+                               attr::InSpaceSigma, attr::InRangeSigma, attr::InHalfKnlSize>;
+  static constexpr auto toolTipId = eProcessorMessage::Bilateral2dImgLvl2;
+
+private:
+  processor::RulePtr createRule() const override;
+  BoolResult retrieveProvider(const core::BasePriority& priority,
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+};
+
+}  // namespace vexo::imaproc::filter

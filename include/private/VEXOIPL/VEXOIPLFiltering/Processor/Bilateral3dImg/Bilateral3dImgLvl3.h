@@ -1,0 +1,18 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 3, one band of slices: runs the kernel that fits the sample types and the processor.
+class VEXO_API Bilateral3dImgLvl3 final
+    : public BilateralLvl3<Bilateral3dImgLvl3, attr::InKnlZStrip3d, attr::OutZStrip3d> {
+public:
+  static constexpr auto toolTipId = eProcessorMessage::Bilateral3dImgLvl3;
+
+  /// A slice is much work.
+  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {4, 1}; }
+};
+
+}  // namespace vexo::imaproc::filter

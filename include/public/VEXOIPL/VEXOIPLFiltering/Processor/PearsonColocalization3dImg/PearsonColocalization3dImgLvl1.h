@@ -1,0 +1,56 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Level 1, whole images: checks the call, creates the map, sends each volume to level 2.
+class VEXO_API PearsonColocalization3dImgLvl1 final
+    : public processor::ProcessorClass<PearsonColocalization3dImgLvl1, processor::BaseAsync1Processor> {
+public:
+  using Attributes = processor::AttributeList<attr::InImg3d1, attr::InImg3d2, attr::OutRealImg>;
+  static constexpr auto toolTipId = eProcessorMessage::PearsonColocalization3dImgLvl1;
+
+private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
+  BoolResult retrieveProvider(const core::BasePriority& priority,
+                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+};
+
+/// Pearson colocalization map of two images: (a - mean1) * (b - mean2) / (deviation1 * deviation2) for the
+/// samples a and b of each voxel. Means and standard deviations (of the population) are those of the volume,
+/// so that the mean of the map is the correlation coefficient of the images (Pearson, 1895). Each volume of
+/// multi-channel images or time series is mapped on its own.
+///
+/// inImg1, inImg2: any of the seven sample types each, and the same sizes. outRealImg: float32, of these
+/// sizes; it may be one of the inputs. Without it a new one is returned.
+///
+/// The map of a volume that is constant in an image is 0. The map is computed in single precision; means and
+/// deviations in double.
+///
+/// Throws an exception derived from vexo::BaseException: an image is null, sizes differ, the output is not
+/// float32 or overlaps an input without being the same image. The output is then untouched.
+VEXO_API boost::shared_ptr<image::BaseImage> pearsonColocalization3dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg1,
+    const boost::shared_ptr<const image::BaseImage>& inImg2);
+VEXO_API void pearsonColocalization3dImg(const boost::shared_ptr<const image::BaseImage>& inImg1,
+                                         const boost::shared_ptr<const image::BaseImage>& inImg2,
+                                         const boost::shared_ptr<image::BaseImage>& outRealImg);
+
+/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
+/// getAsyncProcessorOutput is called; only values that are refused throw here.
+VEXO_API boost::shared_ptr<PearsonColocalization3dImgLvl1> pearsonColocalization3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg1,
+    const boost::shared_ptr<const image::BaseImage>& inImg2);
+VEXO_API boost::shared_ptr<PearsonColocalization3dImgLvl1> pearsonColocalization3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg1,
+    const boost::shared_ptr<const image::BaseImage>& inImg2,
+    const boost::shared_ptr<image::BaseImage>& outRealImg);
+/// Waits for the run and returns its output; throws when the run failed.
+VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<PearsonColocalization3dImgLvl1>& processor);
+
+}  // namespace vexo::imaproc::filter

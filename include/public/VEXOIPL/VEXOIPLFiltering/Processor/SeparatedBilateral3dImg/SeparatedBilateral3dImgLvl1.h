@@ -1,0 +1,85 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/ProcessorClass.h"
+
+namespace vexo::imaproc::attr {
+class StatsResult;
+}
+
+namespace vexo::imaproc::filter {
+
+/// Level 1, the whole image: measures the range of its values, makes the tables of weights, sends each volume
+/// to level 2.
+class VEXO_API SeparatedBilateral3dImgLvl1 final
+    : public processor::ProcessorClass<SeparatedBilateral3dImgLvl1, processor::BaseAsync3Processor> {
+public:
+  using Attributes = processor::AttributeList<attr::InImg3d, attr::InSpaceSigma, attr::InRangeSigma,
+                                              attr::InOptHalfKnlSize, attr::OutImg>;
+  static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral3dImgLvl1;
+
+private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override;
+  processor::RulePtr createRule() const override;
+  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
+                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
+                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveThirdProvider(const core::BasePriority& priority,
+                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  void clearIntermediateData() override { _statistics.reset(); }
+
+  boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
+};
+
+/// Separated bilateral filter: passes along X, Y and Z, one after the other, in place of the whole window of
+/// bilateral3dImg: its time grows with the half size, not with the window. In a pass each voxel becomes the
+/// weighted mean of itself, with weight 1, and of the h voxels to each side. They are weighted by a Gaussian
+/// of the distance, exp(-d^2 / (2 spaceSigma^2)), and by the least weight of the differences v - c met on the
+/// way to them, exp(-(v - c)^2 / (2 rangeSigma^2)): what lies behind an edge counts little, also where it has
+/// the value of the centre again. Voxels outside the image are those of the mirrored image (the edge voxel is
+/// repeated). Each volume of a multi-channel image or of a time series is filtered on its own.
+///
+/// inImg: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes; it
+/// may be the input itself. Without it the result has the input's sizes and type. Integer outputs are rounded
+/// half away from zero and limited to the type. inHalfKnlSize: h, in voxels, up to 32767; 0, or without
+/// it: 1.5 spaceSigma, rounded. inSpaceSigma: in voxels; inRangeSigma: in units of the samples.
+///
+/// An integer output holds the result of one pass before the next: each is rounded half away from zero and
+/// limited to the type.
+///
+/// Both Gaussians are tables, made once. Differences fall into bins of one grey level; over a range of more
+/// than 65536 levels, and for float32, into 65536 bins over the range of the whole image. Sums are taken in
+/// single precision: 32-bit integers over 2^24 are rounded to it. A window that holds NaN gives NaN, 0 in
+/// integer outputs; so does one that holds an infinity, unless its weight is not 0. With h = 0 samples are as
+/// they are, converted. Otherwise a deviation of 0 or NaN leaves nothing to divide: NaN, 0 in integer
+/// outputs. A negative one counts as positive, but gives h = 0 when h is derived from it.
+///
+/// Throws an exception derived from vexo::BaseException: an image is null, h is too large or the window has
+/// more than 268435456 voxels, the sizes of the output differ, the output overlaps the input without being
+/// the same image. The output is then untouched.
+VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral3dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
+VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral3dImg(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    double inRangeSigma);
+VEXO_API void separatedBilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                                      std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
+                                      const boost::shared_ptr<image::BaseImage>& outImg);
+
+/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
+/// getAsyncProcessorOutput is called; only values that are refused throw here.
+VEXO_API boost::shared_ptr<SeparatedBilateral3dImgLvl1> separatedBilateral3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
+VEXO_API boost::shared_ptr<SeparatedBilateral3dImgLvl1> separatedBilateral3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    double inRangeSigma);
+VEXO_API boost::shared_ptr<SeparatedBilateral3dImgLvl1> separatedBilateral3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg);
+/// Waits for the run and returns its output; throws when the run failed.
+VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<SeparatedBilateral3dImgLvl1>& processor);
+
+}  // namespace vexo::imaproc::filter

@@ -1,0 +1,91 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<Bilateral2dImgLvl1> registrator;
+
+using Call = processor::CallForms<Bilateral2dImgLvl1, attr::OutImg, attr::InImg, attr::InSpaceSigma,
+                                  attr::InRangeSigma>;
+using CallWithHalf = processor::CallForms<Bilateral2dImgLvl1, attr::OutImg, attr::InImg,
+                                          attr::InOptHalfKnlSize, attr::InSpaceSigma, attr::InRangeSigma>;
+
+}  // namespace
+
+void Bilateral2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                     accessAttribute<attr::InImg>());
+}
+
+processor::RulePtr Bilateral2dImgLvl1::createRule() const {
+  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>()) &&
+         bilateralRule(*this, eBilateralWindow::Square);
+}
+
+BoolResult Bilateral2dImgLvl1::retrieveFirstProvider(const core::BasePriority&,
+                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
+  provider = measureRange(getStorage<attr::InImg>(), _statistics);
+  return true;
+}
+
+// Nothing comes between the measure and the filter.
+BoolResult Bilateral2dImgLvl1::retrieveSecondProvider(const core::BasePriority&,
+                                                      boost::shared_ptr<core::BaseActionProvider>&) {
+  return true;
+}
+
+BoolResult Bilateral2dImgLvl1::retrieveThirdProvider(const core::BasePriority& priority,
+                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
+  const auto input = getStorage<attr::InImg>();
+  const BilateralTables tables =
+      makeBilateralTables(*this, input->getBufferType(), _statistics, eBilateralWindow::Square);
+  provider = dispatchBilateral<Bilateral2dImgLvl2, attr::InSubImg2d>(priority, *this, input,
+                                                                     eSubImageSplitType::Plane2d, tables);
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> bilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                                                   double inSpaceSigma, double inRangeSigma) {
+  return Call::run(inImg, inSpaceSigma, inRangeSigma);
+}
+
+boost::shared_ptr<image::BaseImage> bilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                                                   std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                   double inRangeSigma) {
+  return CallWithHalf::run(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
+}
+
+void bilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize,
+                    double inSpaceSigma, double inRangeSigma,
+                    const boost::shared_ptr<image::BaseImage>& outImg) {
+  CallWithHalf::fill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
+}
+
+boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma) {
+  return Call::start(inImg, inSpaceSigma, inRangeSigma);
+}
+
+boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    double inRangeSigma) {
+  return CallWithHalf::start(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
+}
+
+boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg) {
+  return CallWithHalf::startFill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<Bilateral2dImgLvl1>& processor) {
+  return Call::await(processor);
+}
+
+}  // namespace vexo::imaproc::filter

@@ -1,0 +1,91 @@
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLvl1.h"
+
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLvl2.h"
+#include "VEXOProcessing/Call.h"
+#include "VEXOProcessing/ProcessorFactory.h"
+
+namespace vexo::imaproc::filter {
+namespace {
+
+const processor::ProcessorRegistrator<Bilateral3dImgLvl1> registrator;
+
+using Call = processor::CallForms<Bilateral3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InSpaceSigma,
+                                  attr::InRangeSigma>;
+using CallWithHalf = processor::CallForms<Bilateral3dImgLvl1, attr::OutImg, attr::InImg3d,
+                                          attr::InOptHalfKnlSize, attr::InSpaceSigma, attr::InRangeSigma>;
+
+}  // namespace
+
+void Bilateral3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
+  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
+                                                                       accessAttribute<attr::InImg3d>());
+}
+
+processor::RulePtr Bilateral3dImgLvl1::createRule() const {
+  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&
+         bilateralRule(*this, eBilateralWindow::Cube);
+}
+
+BoolResult Bilateral3dImgLvl1::retrieveFirstProvider(const core::BasePriority&,
+                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
+  provider = measureRange(getStorage<attr::InImg3d>(), _statistics);
+  return true;
+}
+
+// Nothing comes between the measure and the filter.
+BoolResult Bilateral3dImgLvl1::retrieveSecondProvider(const core::BasePriority&,
+                                                      boost::shared_ptr<core::BaseActionProvider>&) {
+  return true;
+}
+
+BoolResult Bilateral3dImgLvl1::retrieveThirdProvider(const core::BasePriority& priority,
+                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
+  const auto input = getStorage<attr::InImg3d>();
+  const BilateralTables tables =
+      makeBilateralTables(*this, input->getBufferType(), _statistics, eBilateralWindow::Cube);
+  provider = dispatchBilateral<Bilateral3dImgLvl2, attr::InSubImg3d>(priority, *this, input,
+                                                                     eSubImageSplitType::Volume3d, tables);
+  return true;
+}
+
+boost::shared_ptr<image::BaseImage> bilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                                                   double inSpaceSigma, double inRangeSigma) {
+  return Call::run(inImg, inSpaceSigma, inRangeSigma);
+}
+
+boost::shared_ptr<image::BaseImage> bilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                                                   std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                   double inRangeSigma) {
+  return CallWithHalf::run(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
+}
+
+void bilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize,
+                    double inSpaceSigma, double inRangeSigma,
+                    const boost::shared_ptr<image::BaseImage>& outImg) {
+  CallWithHalf::fill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
+}
+
+boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma) {
+  return Call::start(inImg, inSpaceSigma, inRangeSigma);
+}
+
+boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    double inRangeSigma) {
+  return CallWithHalf::start(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
+}
+
+boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
+    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg) {
+  return CallWithHalf::startFill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
+}
+
+boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const boost::shared_ptr<Bilateral3dImgLvl1>& processor) {
+  return Call::await(processor);
+}
+
+}  // namespace vexo::imaproc::filter
