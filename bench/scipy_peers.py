@@ -19,7 +19,7 @@ for variable in ("OMP_NUM_THREADS", "OPENBLAS_NUM_THREADS", "MKL_NUM_THREADS"):
 import numpy
 from scipy import ndimage
 
-VOLUME, SMALL_VOLUME, TINY_VOLUME, PLANE = (256,) * 3, (128,) * 3, (64,) * 3, (1024,) * 2
+VOLUME, SMALL_VOLUME, TINY_VOLUME, PLANE, LARGE_PLANE = (256,) * 3, (128,) * 3, (64,) * 3, (1024,) * 2, (4096,) * 2
 TYPES = (numpy.uint8, numpy.uint16, numpy.float32)
 
 
@@ -42,6 +42,11 @@ def median(half):
     return lambda image, out: ndimage.median_filter(image, 2 * half + 1, output=out, mode="reflect")
 
 
+def pearson(image, out):
+    first, second = image.astype(numpy.float64), numpy.flip(image).astype(numpy.float64)
+    return (first - first.mean()) * (second - second.mean()) / (first.std() * second.std())
+
+
 # Line: shape of the image, filter, repetitions. Slow ones run on less, as times are per sample.
 LINES = {
     "mean 3d, half 1": (VOLUME, mean(1), 5),
@@ -52,6 +57,7 @@ LINES = {
     "generic median, half 3": (PLANE, median(3), 3),
     "median 3d, half 1": (SMALL_VOLUME, median(1), 3),
     "median 3d, half 3": (TINY_VOLUME, median(3), 3),
+    "Pearson map": (LARGE_PLANE, pearson, 3),
 }
 
 

@@ -28,12 +28,16 @@ Bins binsFor(image::eImageBufferType type, const boost::shared_ptr<const attr::S
   return {65536, static_cast<float>(most / range)};
 }
 
+/// In single precision, unless the deviation is so large, or so small, that its square is no float.
 attr::Floats makeRangeTable(const Bins& bins, double sigma) {
-  const auto coefficient = static_cast<float>(-0.5 / (sigma * sigma));
+  const double exact = -0.5 / (sigma * sigma);
+  const auto coefficient = static_cast<float>(exact);
   attr::Floats table(bins.count, 0.0f);
   for (std::size_t i = 0; i < table.size(); ++i) {
     const float difference = static_cast<float>(i) / bins.scale;
-    const float weight = std::exp(difference * difference * coefficient);
+    const double wide = difference;
+    const float weight = std::isnormal(coefficient) ? std::exp(difference * difference * coefficient)
+                                                    : static_cast<float>(std::exp(wide * wide * exact));
     if (weight < std::numeric_limits<float>::min()) break;  // the others would be smaller still: they are 0
     table[i] = weight;
   }

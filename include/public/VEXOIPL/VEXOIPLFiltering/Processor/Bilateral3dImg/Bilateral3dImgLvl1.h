@@ -47,9 +47,9 @@ private:
 /// Both Gaussians are tables, made once. Differences fall into bins of one grey level; over a range of more
 /// than 65536 levels, and for float32, into 65536 bins over the range of the whole image. Sums are taken in
 /// single precision: 32-bit integers over 2^24 are rounded to it. A window that holds NaN gives NaN, 0 in
-/// integer outputs; so does one that holds an infinity, unless its weight is not 0. With h = 0 samples are as
-/// they are, converted. Otherwise a deviation of 0 or NaN leaves nothing to divide: NaN, 0 in integer
-/// outputs. A negative one counts as positive, but gives h = 0 when h is derived from it.
+/// integer outputs; one that holds an infinity gives NaN or an infinity. With h = 0 samples are as they are,
+/// converted. Otherwise a deviation of 0 or NaN leaves nothing to divide: NaN, 0 in integer outputs. A
+/// negative one counts as positive, but gives h = 0 when h is derived from it.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, h is too large or the window has
 /// more than 268435456 voxels, the sizes of the output differ, the output overlaps the input without being
