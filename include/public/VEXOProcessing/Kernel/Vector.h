@@ -64,6 +64,31 @@ inline V splat(float value) {
   return value - V{};  // not +, which would lose the sign of -0
 }
 
+/// b < a ? b : a and b < a ? a : b: of the same two values always both, NaN or not. One instruction each; the
+/// compiler makes a comparison and a selection of the expressions.
+inline FloatV lower(FloatV a, FloatV b) {
+#if defined(__AVX512F__)
+  return _mm512_maskz_min_ps(0xffff, b, a);
+#elif defined(__AVX__)
+  return _mm256_min_ps(b, a);
+#elif defined(__SSE2__)
+  return _mm_min_ps(b, a);
+#else
+  return b < a ? b : a;
+#endif
+}
+inline FloatV higher(FloatV a, FloatV b) {
+#if defined(__AVX512F__)
+  return _mm512_maskz_max_ps(0xffff, a, b);
+#elif defined(__AVX__)
+  return _mm256_max_ps(a, b);
+#elif defined(__SSE2__)
+  return _mm_max_ps(a, b);
+#else
+  return b < a ? a : b;
+#endif
+}
+
 inline IntV splatInt(int value) {
   return value - IntV{};
 }

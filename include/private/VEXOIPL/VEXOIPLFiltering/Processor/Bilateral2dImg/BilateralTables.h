@@ -33,9 +33,10 @@ boost::shared_ptr<core::BaseActionProvider> measureRange(
     const boost::shared_ptr<const image::BaseImage>& image, boost::shared_ptr<attr::StatsResult>& statistics);
 
 /// statistics: null for an 8-bit image.
-VEXO_API BilateralTables makeBilateralTables(const processor::BaseProcessor& level1, image::eImageBufferType input,
-                                    const boost::shared_ptr<const attr::StatsResult>& statistics,
-                                    eBilateralWindow window);
+VEXO_API BilateralTables makeBilateralTables(const processor::BaseProcessor& level1,
+                                             image::eImageBufferType input,
+                                             const boost::shared_ptr<const attr::StatsResult>& statistics,
+                                             eBilateralWindow window);
 
 /// The last step of a call: level 2 on each plane, or volume.
 template <class Next, class Sub>

@@ -26,11 +26,13 @@ struct BilateralLayout : WindowLines {
         end(results + size_t(roundUp(width, chunk)) * sizeof(float)) {}
 };
 
-/// The results of `chunk` pixels; lines[i] + knlX / 2 of the middle line are the centres.
-inline void filterChunk(float* results, const float* const* lines, const BilateralLayout& l,
+/// The results of up to `chunk` pixels, and of those that fill up a vector; lines[i] + knlX / 2 of the middle
+/// line are the centres.
+inline void filterChunk(float* results, const float* const* lines, ptrdiff_t n, const BilateralLayout& l,
                         const BilateralParameters& p) {
   float weightSums[chunk] = {}, sums[chunk] = {}, weights[chunk];
   int bins[chunk];
+  n = roundUp(n, lanesOf<FloatV>);
   const float* centres = lines[l.lineCount / 2] + l.knlX / 2;
   const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin));
   const float* space = p.space;
@@ -38,41 +40,51 @@ inline void filterChunk(float* results, const float* const* lines, const Bilater
     for (ptrdiff_t c = 0; c < l.knlX; ++c) {
       const float* samples = lines[r] + c;
       const FloatV factor = splat<FloatV>(*space++);
-      for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) {
+      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
         const IntV found =
             binsOf(loadVector<FloatV>(samples + i), loadVector<FloatV>(centres + i), scale, lastBin);
         __builtin_memcpy(bins + i, &found, sizeof found);
       }
-      lookUp(weights, bins, p.range, chunk);
-      for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) {
+      lookUp(weights, bins, p.range, n);
+      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
         const FloatV weight = loadVector<FloatV>(weights + i) * factor;
         storeVector(weightSums + i, loadVector<FloatV>(weightSums + i) + weight);
         storeVector(sums + i, loadVector<FloatV>(sums + i) + weight * loadVector<FloatV>(samples + i));
       }
     }
-  for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>)
+  for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>)
     storeVector(results + i, loadVector<FloatV>(sums + i) / loadVector<FloatV>(weightSums + i));
 }
 
 #if defined(__AVX512F__)
 /// The same with a table in registers, and the sums as well.
-inline void filterChunk(float* results, const float* const* lines, const BilateralLayout& l,
+inline void filterChunk(float* results, const float* const* lines, ptrdiff_t n, const BilateralLayout& l,
                         const BilateralParameters& p, const RegisterTable& bins) {
   const RegisterTable table = bins;
   const float* centres = lines[l.lineCount / 2] + l.knlX / 2;
   const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin));
-  for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) {
-    const FloatV centre = loadVector<FloatV>(centres + i);
-    FloatV weightSum = {}, sum = {};
+  constexpr ptrdiff_t lanes = lanesOf<FloatV>;
+  for (ptrdiff_t i = 0; i < n; i += table.atOnce) {
+    const FloatV centre0 = loadVector<FloatV>(centres + i), centre1 = loadVector<FloatV>(centres + i + lanes);
+    FloatV weightSum0 = {}, weightSum1 = {}, sum0 = {}, sum1 = {};
     const float* space = p.space;
     for (ptrdiff_t r = 0; r < l.lineCount; ++r)
       for (ptrdiff_t c = 0; c < l.knlX; ++c) {
-        const FloatV sample = loadVector<FloatV>(lines[r] + c + i);
-        const FloatV weight = table.get(binsOf(sample, centre, scale, lastBin)) * splat<FloatV>(*space++);
-        weightSum += weight;
-        sum += weight * sample;
+        const FloatV factor = splat<FloatV>(*space++);
+        const FloatV sample0 = loadVector<FloatV>(lines[r] + c + i);
+        const FloatV sample1 = loadVector<FloatV>(lines[r] + c + i + lanes);
+        FloatV weight0, weight1;
+        table.get(binsOf(sample0, centre0, scale, lastBin), binsOf(sample1, centre1, scale, lastBin), weight0,
+                  weight1);
+        weight0 *= factor;
+        weight1 *= factor;
+        weightSum0 += weight0;
+        weightSum1 += weight1;
+        sum0 += weight0 * sample0;
+        sum1 += weight1 * sample1;
       }
-    storeVector(results + i, sum / weightSum);
+    storeVector(results + i, sum0 / weightSum0);
+    storeVector(results + i + lanes, sum1 / weightSum1);
   }
 }
 #endif
@@ -92,7 +104,7 @@ inline void filterWindows(const processor::ProcessingInfo& info, Chunk filter) {
           if (l.count == 1)  // whatever its weight
             return info.storers[0](info.targets[0], lines, l.source.begin[0], y, z, l.width);
           for (ptrdiff_t x = 0; x < l.width; x += chunk) {
-            filter(results + x, ordered, l);
+            filter(results + x, ordered, smaller(chunk, l.width - x), l);
             for (ptrdiff_t i = 0; i < l.lineCount; ++i) ordered[i] += chunk;
           }
           info.storers[0](info.targets[0], results, l.source.begin[0], y, z, l.width);
@@ -104,14 +116,13 @@ inline const char* filterBilaterally(const processor::ProcessingInfo& info) {
 #if defined(__AVX512F__)
   if (p.lastBin < registerBins) {
     const RegisterTable table(p);
-    filterWindows(info, [&](float* results, const float* const* lines, const BilateralLayout& l) {
-      filterChunk(results, lines, l, p, table);
-    });
+    filterWindows(info, [&](float* results, const float* const* lines, ptrdiff_t n,
+                            const BilateralLayout& l) { filterChunk(results, lines, n, l, p, table); });
     return nullptr;
   }
 #endif
-  filterWindows(info, [&](float* results, const float* const* lines, const BilateralLayout& l) {
-    filterChunk(results, lines, l, p);
+  filterWindows(info, [&](float* results, const float* const* lines, ptrdiff_t n, const BilateralLayout& l) {
+    filterChunk(results, lines, n, l, p);
   });
   return nullptr;
 }

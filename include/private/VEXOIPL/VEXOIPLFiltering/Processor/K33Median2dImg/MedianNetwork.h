@@ -71,27 +71,6 @@ template <class V>
 inline V higher(V a, V b) {
   return b < a ? a : b;
 }
-#if defined(__SSE2__)  // the compiler makes a comparison and two selections of it
-inline FloatV lower(FloatV a, FloatV b) {
-#if defined(__AVX512F__)
-  return _mm512_maskz_min_ps(0xffff, b, a);
-#elif defined(__AVX__)
-  return _mm256_min_ps(b, a);
-#else
-  return _mm_min_ps(b, a);
-#endif
-}
-inline FloatV higher(FloatV a, FloatV b) {
-#if defined(__AVX512F__)
-  return _mm512_maskz_max_ps(0xffff, a, b);
-#elif defined(__AVX__)
-  return _mm256_max_ps(a, b);
-#else
-  return _mm_max_ps(a, b);
-#endif
-}
-#endif
-
 template <class V>
 inline void exchange(V& a, V& b) {
   const V low = lower(a, b), high = higher(a, b);

@@ -30,35 +30,33 @@ struct WalkLayout {
         end(results + size_t(roundUp(width, chunk)) * sizeof(float)) {}
 };
 
-inline FloatV least(FloatV running, FloatV weight) {
-  return weight < running ? weight : running;
-}
-
-/// The results of `chunk` pixels, whose samples at distance d are at samples[d].
-inline void walkChunk(float* results, const float* const* samples, ptrdiff_t half,
+/// The results of up to `chunk` pixels, and of those that fill up a vector, whose samples at distance d are
+/// at samples[d].
+inline void walkChunk(float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n,
                       const BilateralParameters& p) {
+  n = roundUp(n, lanesOf<FloatV>);
   float weightSums[chunk], sums[chunk], running[chunk], weights[chunk];
   int bins[chunk];
   const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin)),
                one = splat<FloatV>(1);
   const float* centres = samples[0];
-  for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) {
+  for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
     storeVector(weightSums + i, one);
     storeVector(sums + i, loadVector<FloatV>(centres + i));
   }
   for (int side = 1; side >= -1; side -= 2) {
-    for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) storeVector(running + i, one);
+    for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) storeVector(running + i, one);
     for (ptrdiff_t d = 1; d <= half; ++d) {
       const float* line = samples[side * d];
       const FloatV factor = splat<FloatV>(p.space[d]);
-      for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) {
+      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
         const IntV found =
             binsOf(loadVector<FloatV>(line + i), loadVector<FloatV>(centres + i), scale, lastBin);
         __builtin_memcpy(bins + i, &found, sizeof found);
       }
-      lookUp(weights, bins, p.range, chunk);
-      for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) {
-        const FloatV range = least(loadVector<FloatV>(running + i), loadVector<FloatV>(weights + i));
+      lookUp(weights, bins, p.range, n);
+      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
+        const FloatV range = lower(loadVector<FloatV>(running + i), loadVector<FloatV>(weights + i));
         const FloatV weight = factor * range;
         storeVector(running + i, range);
         storeVector(weightSums + i, loadVector<FloatV>(weightSums + i) + weight);
@@ -66,31 +64,43 @@ inline void walkChunk(float* results, const float* const* samples, ptrdiff_t hal
       }
     }
   }
-  for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>)
+  for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>)
     storeVector(results + i, loadVector<FloatV>(sums + i) / loadVector<FloatV>(weightSums + i));
 }
 
 #if defined(__AVX512F__)
 /// The same with a table in registers, and the sums as well.
-inline void walkChunk(float* results, const float* const* samples, ptrdiff_t half,
+inline void walkChunk(float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n,
                       const BilateralParameters& p, const RegisterTable& bins) {
   const RegisterTable table = bins;
   const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin)),
                one = splat<FloatV>(1);
-  for (ptrdiff_t i = 0; i < chunk; i += lanesOf<FloatV>) {
-    const FloatV centre = loadVector<FloatV>(samples[0] + i);
-    FloatV weightSum = one, sum = centre;
+  constexpr ptrdiff_t lanes = lanesOf<FloatV>;
+  for (ptrdiff_t i = 0; i < n; i += table.atOnce) {
+    const FloatV centre0 = loadVector<FloatV>(samples[0] + i),
+                 centre1 = loadVector<FloatV>(samples[0] + i + lanes);
+    FloatV weightSum0 = one, weightSum1 = one, sum0 = centre0, sum1 = centre1;
     for (int side = 1; side >= -1; side -= 2) {
-      FloatV running = one;
+      FloatV running0 = one, running1 = one;
       for (ptrdiff_t d = 1; d <= half; ++d) {
-        const FloatV sample = loadVector<FloatV>(samples[side * d] + i);
-        running = least(running, table.get(binsOf(sample, centre, scale, lastBin)));
-        const FloatV weight = splat<FloatV>(p.space[d]) * running;
-        weightSum += weight;
-        sum += weight * sample;
+        const FloatV factor = splat<FloatV>(p.space[d]);
+        const FloatV sample0 = loadVector<FloatV>(samples[side * d] + i);
+        const FloatV sample1 = loadVector<FloatV>(samples[side * d] + i + lanes);
+        FloatV weight0, weight1;
+        table.get(binsOf(sample0, centre0, scale, lastBin), binsOf(sample1, centre1, scale, lastBin), weight0,
+                  weight1);
+        running0 = lower(running0, weight0);
+        running1 = lower(running1, weight1);
+        weight0 = factor * running0;
+        weight1 = factor * running1;
+        weightSum0 += weight0;
+        weightSum1 += weight1;
+        sum0 += weight0 * sample0;
+        sum1 += weight1 * sample1;
       }
     }
-    storeVector(results + i, sum / weightSum);
+    storeVector(results + i, sum0 / weightSum0);
+    storeVector(results + i + lanes, sum1 / weightSum1);
   }
 }
 #endif
@@ -121,7 +131,7 @@ inline void walkStrip(const processor::ProcessingInfo& info, Chunk walk) {
       for (ptrdiff_t d = -l.half; d <= l.half; ++d)
         samples[l.half + d] = axis == 0 ? lineOf(i) + l.half + d : lineOf(i + d);
       for (ptrdiff_t x = 0; x < l.width; x += chunk) {
-        walk(results + x, samples + l.half, l.half);
+        walk(results + x, samples + l.half, l.half, smaller(chunk, l.width - x));
         for (ptrdiff_t d = 0; d <= 2 * l.half; ++d) samples[d] += chunk;
       }
       info.storers[0](info.targets[0], results, s.begin[0], inner == 1 ? i : o, inner == 1 ? o : i, l.width);
@@ -135,14 +145,14 @@ const char* walk(const processor::ProcessingInfo& info) {
 #if defined(__AVX512F__)
   if (p.lastBin < registerBins) {
     const RegisterTable table(p);
-    walkStrip<axis>(info, [&](float* results, const float* const* samples, ptrdiff_t half) {
-      walkChunk(results, samples, half, p, table);
+    walkStrip<axis>(info, [&](float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n) {
+      walkChunk(results, samples, half, n, p, table);
     });
     return nullptr;
   }
 #endif
-  walkStrip<axis>(info, [&](float* results, const float* const* samples, ptrdiff_t half) {
-    walkChunk(results, samples, half, p);
+  walkStrip<axis>(info, [&](float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n) {
+    walkChunk(results, samples, half, n, p);
   });
   return nullptr;
 }
