@@ -42,6 +42,7 @@ std::vector<KernelPtr> variedKernels() {
           boxKernel<KernelXY>(0, 0, -9, 9),
           boxKernel<KernelXY>(2, 6, -7, -3),
           boxKernel<KernelXY>(-13, 12, -6, 7),
+          boxKernel<KernelXY>(-17, 16, -15, 16),
           kernelOf({{3, 2, 0.5f}, {-1, -2, 2}, {3, 2, 0.25f}, {0, 0, -1}, {-1, -2, 1}, {5, -2, 0.125f}}),
           kernelOf({{-40, 0, 1}, {40, 0, -2}}),
           kernelOf({{0, -40, 1}, {0, 40, 3}}),

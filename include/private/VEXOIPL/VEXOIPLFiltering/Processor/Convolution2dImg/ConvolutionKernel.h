@@ -28,7 +28,7 @@ using processor::ProcessingInfo;
 constexpr ptrdiff_t cacheLineFloats = 64 / sizeof(float);
 constexpr int blockVectors = 8;
 constexpr ptrdiff_t blockWidth = blockVectors * lanesOf<FloatV>;
-constexpr ptrdiff_t chunkSize = 256;  ///< points whose lines are looked up together
+constexpr ptrdiff_t chunkSize = 1024;  ///< points whose lines are looked up together
 constexpr ptrdiff_t maxBatch = 8;
 constexpr ptrdiff_t maxSharing = lanesOf<FloatV> == 16 ? 4 : 2;  ///< rows whose sums fit the registers
 constexpr ptrdiff_t prefetchWidth = 128;
@@ -76,8 +76,9 @@ struct Plan {
     const ptrdiff_t innerLength = volume ? s.end[1] - s.begin[1] : 1;
     const ptrdiff_t padding = extent[0] - 1;
     // Rows of a batch share most of their input: all but the first read it from the first-level cache.
-    batch = larger(1, smaller(smaller(length, maxBatch),
-                              smaller(extent[outer] / 2, chunkSize / larger(kernel.count, 1))));
+    const ptrdiff_t useful = larger(extent[outer] / 2, smaller(extent[outer], 3));
+    batch =
+        larger(1, smaller(smaller(length, maxBatch), smaller(useful, chunkSize / larger(kernel.count, 1))));
     shift = findShift();
     sharing = shift == 0 ? 1 : smaller(smaller(batch, maxSharing), kernel.count / shift);
     slots = extent[outer] + batch - 1;
