@@ -26,9 +26,10 @@ constexpr ptrdiff_t lanes = sizeof(DoubleV) / sizeof(double);
 constexpr int vectors = 4;  ///< that run side by side
 constexpr ptrdiff_t atOnce = vectors * lanes;
 constexpr ptrdiff_t lineAlignment = 32;      ///< of lines, in doubles: a vector group may run over their end
-constexpr ptrdiff_t ringDoubles = 4 * 1024;  ///< stay in the first-level cache
-constexpr ptrdiff_t blockWidth = 64;
+constexpr ptrdiff_t ringDoubles = 5 * 1024;  ///< of sums stay in the first-level cache
+constexpr ptrdiff_t wholeCacheLines = 64;    ///< samples of any type
 constexpr ptrdiff_t narrowest = 128, widest = 1024;
+constexpr ptrdiff_t mostAddedSingly = 9;
 
 inline DoubleV loadDoubles(const double* p) {
   DoubleV v;
@@ -51,32 +52,41 @@ struct Layout {
     knlSizeX = s.marginBefore[0] + s.marginAfter[0] + 1;
     knlSizeY = s.marginBefore[1] + s.marginAfter[1] + 1;
     const ptrdiff_t all = s.end[0] - s.begin[0];
-    width = info.inPlace ? all : smaller(all, clamp(ringDoubles / (3 * knlSizeY), narrowest, widest));
+    const ptrdiff_t tile = clamp(ringDoubles / (2 * knlSizeY), narrowest, widest);
+    width = info.inPlace ? all : smaller(all, tile / wholeCacheLines * wholeCacheLines);
     pitch = roundUp(width, lineAlignment);
-    padded = roundUp(width, lineAlignment) + roundUp(knlSizeX, lineAlignment);
+    padded = pitch + roundUp(knlSizeX + lanes, lineAlignment);  // vectors are read at any offset
   }
-  /// Per row of the window: samples, sums and sums of squares. And two lines with margins, one of a row's
-  /// results.
-  ptrdiff_t scratchDoubles() const { return 3 * knlSizeY * pitch + 2 * padded + pitch; }
+  /// Per row of the window: samples, sums and sums of squares. And two lines with margins.
+  ptrdiff_t scratchDoubles() const { return 3 * knlSizeY * pitch + 2 * padded; }
 };
 
 size_t scratchSize(const ProcessingInfo& info) {
   return size_t(Layout(info).scratchDoubles()) * sizeof(double);
 }
 
-/// sums[i] = line[i] + ... + line[i + knlSize - 1] for n columns, in whole vectors. Spoils the line.
-void sumWindows(double* sums, double* line, ptrdiff_t knlSize, ptrdiff_t n) {
-  if (knlSize < 10) {  // few enough to be added one by one, in a register
-    for (ptrdiff_t i = 0; i < n; i += atOnce) {
-      DoubleV sum[vectors] = {};
-      for (ptrdiff_t j = 0; j < knlSize; ++j)
+/// The sums of windows of n columns, and those of their squares, in whole vectors: sums[i] = line[i] + ... +
+/// line[i + knlSize - 1]. For few samples, added one by one in registers.
+void sumSingly(double* sums, double* squares, const double* line, ptrdiff_t knlSize, ptrdiff_t n) {
+  for (ptrdiff_t i = 0; i < n; i += atOnce) {
+    DoubleV sum[vectors] = {}, square[vectors] = {};
+    for (ptrdiff_t j = 0; j < knlSize; ++j)
 #pragma GCC unroll 4
-        for (int v = 0; v < vectors; ++v) sum[v] += loadDoubles(line + i + j + v * lanes);
+      for (int v = 0; v < vectors; ++v) {
+        const DoubleV value = loadDoubles(line + i + j + v * lanes);
+        sum[v] += value;
+        square[v] += value * value;
+      }
 #pragma GCC unroll 4
-      for (int v = 0; v < vectors; ++v) storeDoubles(sums + i + v * lanes, sum[v]);
+    for (int v = 0; v < vectors; ++v) {
+      storeDoubles(sums + i + v * lanes, sum[v]);
+      storeDoubles(squares + i + v * lanes, square[v]);
     }
-    return;
   }
+}
+
+/// The sums of windows as above, for more samples. Spoils the line.
+void sumByDoubling(double* sums, double* line, ptrdiff_t knlSize, ptrdiff_t n) {
   ptrdiff_t offset = 0;  // of the samples that are not yet in the sums
   for (ptrdiff_t size = 1;; size *= 2) {
     // The line holds sums of `size` samples.
@@ -112,7 +122,6 @@ public:
     _squares = _sums + _layout.knlSizeY * _layout.pitch;
     _line = _squares + _layout.knlSizeY * _layout.pitch;
     _squaredLine = _line + _layout.padded;
-    _results = _squaredLine + _layout.padded;
   }
 
   void runTile(ptrdiff_t x, ptrdiff_t z) const {
@@ -126,7 +135,7 @@ public:
         ptrdiff_t centre = slot - after;
         if (centre < 0) centre += _layout.knlSizeY;
         computeRow(centre, width);
-        storeRow(x, completed, z, width);
+        storeRow(centre, x, completed, z, width);
       }
       slot = slot + 1 == _layout.knlSizeY ? 0 : slot + 1;
     }
@@ -141,11 +150,13 @@ private:
     prefetchRow(x, y + 1, z, width);
     loadLine<T>(_line, _source, x - _source.marginBefore[0], y, z, n);
     for (ptrdiff_t i = n; i < _layout.padded; ++i) _line[i] = 0;
+    double *sums = _sums + slot * _layout.pitch, *squares = _squares + slot * _layout.pitch;
+    __builtin_memcpy(_values + slot * _layout.pitch, _line + _source.marginBefore[0],
+                     size_t(width) * sizeof(double));
+    if (_layout.knlSizeX <= mostAddedSingly) return sumSingly(sums, squares, _line, _layout.knlSizeX, width);
     for (ptrdiff_t i = 0; i < _layout.padded; ++i) _squaredLine[i] = _line[i] * _line[i];
-    double* values = _values + slot * _layout.pitch;
-    __builtin_memcpy(values, _line + _source.marginBefore[0], size_t(width) * sizeof(double));
-    sumWindows(_sums + slot * _layout.pitch, _line, _layout.knlSizeX, width);
-    sumWindows(_squares + slot * _layout.pitch, _squaredLine, _layout.knlSizeX, width);
+    sumByDoubling(sums, _line, _layout.knlSizeX, width);
+    sumByDoubling(squares, _squaredLine, _layout.knlSizeX, width);
   }
 
   void prefetchRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
@@ -153,23 +164,13 @@ private:
     for (ptrdiff_t i = 0; i < width * ptrdiff_t(sizeof(T)); i += 64) __builtin_prefetch(row + i, 0, 2);
   }
 
-  /// The results as they are to be divided: samples by 1, means by the number of neighbours. Most blocks hold
-  /// no outlier, and are spared the division.
+  /// Replaces the outliers among the samples of a row: no other row needs them any more. Dividing everywhere
+  /// costs less than finding out where.
   void computeRow(ptrdiff_t centre, ptrdiff_t width) const {
-    for (ptrdiff_t x = 0; x < width; x += blockWidth) {
-      const ptrdiff_t end = smaller(x + blockWidth, width);
-      if (computeBlock(centre, x, end))
-        for (ptrdiff_t i = x; i < end; i += lanes)
-          storeDoubles(_results + i, loadDoubles(_results + i) / loadDoubles(_line + i));
-    }
-  }
-
-  bool computeBlock(ptrdiff_t centre, ptrdiff_t begin, ptrdiff_t end) const {
     const ptrdiff_t pitch = _layout.pitch, knlSizeY = _layout.knlSizeY;
-    const double* values = _values + centre * pitch;
-    const DoubleV count = _neighbours - DoubleV{}, factor = _squaredFactor - DoubleV{}, one = 1 - DoubleV{};
-    LongV any = {};
-    for (ptrdiff_t x = begin; x < end; x += atOnce) {
+    double* values = _values + centre * pitch;
+    const DoubleV count = _neighbours - DoubleV{}, factor = _squaredFactor - DoubleV{};
+    for (ptrdiff_t x = 0; x < width; x += atOnce) {
       DoubleV sum[vectors] = {}, squares[vectors] = {};
       for (ptrdiff_t row = 0; row < knlSizeY; ++row)
 #pragma GCC unroll 4
@@ -188,26 +189,22 @@ private:
         const DoubleV variance = squares[i] * count - sum[i] * sum[i];
         const DoubleV distance = v * count - sum[i];
         const LongV replaced = (factor * (distance * distance) > variance) & (variance >= 0);
-        any |= replaced;
-        storeDoubles(_results + x + i * lanes, replaced ? sum[i] : v);
-        storeDoubles(_line + x + i * lanes, replaced ? count : one);
+        storeDoubles(values + x + i * lanes, replaced ? sum[i] / count : v);
       }
     }
-    bool found = false;
-    for (int i = 0; i < lanes; ++i) found |= any[i] != 0;
-    return found;
   }
 
-  void storeRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
+  void storeRow(ptrdiff_t centre, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
     const image::StripTarget& t = _info.targets[0];
+    const double* values = _values + centre * _layout.pitch;
     if constexpr (isFloat<T>) {
-      float* line = reinterpret_cast<float*>(_squaredLine);
-      for (ptrdiff_t i = 0; i < width; ++i) line[i] = float(_results[i]);
+      float* line = reinterpret_cast<float*>(_line);
+      for (ptrdiff_t i = 0; i < width; ++i) line[i] = float(values[i]);
       return storeFloatLine(t, line, x, y, z, width);
     }
     unsigned char* row = image::targetRow(t, y, z) + (x - t.begin[0]) * ptrdiff_t(sizeof(T));
     for (ptrdiff_t i = 0; i < width; ++i) {
-      const T value = T(_results[i]);
+      const T value = T(values[i]);
       __builtin_memcpy(row + i * ptrdiff_t(sizeof value), &value, sizeof value);
     }
   }
@@ -216,7 +213,7 @@ private:
   const image::StripSource& _source;
   const Layout _layout;
   const double _squaredFactor, _neighbours;
-  double *_values, *_sums, *_squares, *_line, *_squaredLine, *_results;
+  double *_values, *_sums, *_squares, *_line, *_squaredLine;
 };
 
 template <class T>

@@ -33,8 +33,8 @@ KernelPtr kernelOf(const std::vector<Point>& points) {
   return kernel;
 }
 
-/// Kernels of every kind: along one axis, dense, one-sided, unordered with repeated points, sparse, wider
-/// than what is looked up at once.
+/// Kernels of every kind: along one axis, dense, one-sided, unordered with repeated points, sparse, few
+/// rows read far ahead, wider than what is looked up at once.
 std::vector<KernelPtr> variedKernels() {
   return {kernelOf({{0, 0, 1.5f}}),
           boxKernel<KernelXY>(-1, 1, -1, 1),
@@ -42,12 +42,14 @@ std::vector<KernelPtr> variedKernels() {
           boxKernel<KernelXY>(0, 0, -9, 9),
           boxKernel<KernelXY>(2, 6, -7, -3),
           boxKernel<KernelXY>(-13, 12, -6, 7),
+          boxKernel<KernelXY>(-17, 16, -15, 16),
           kernelOf({{3, 2, 0.5f}, {-1, -2, 2}, {3, 2, 0.25f}, {0, 0, -1}, {-1, -2, 1}, {5, -2, 0.125f}}),
           kernelOf({{-40, 0, 1}, {40, 0, -2}}),
           kernelOf({{0, -40, 1}, {0, 40, 3}}),
           kernelOf({{0, 50, 1}}),
           kernelOf({{0, -1, 1}}),
           kernelOf({{0, -3, 1}, {0, -5, 2}, {0, -4, 1}, {0, -3, 1}}),
+          kernelOf({{0, 6, 1}, {0, 6, 2}, {0, 6, 3}, {0, 6, 4}, {0, 7, 5}, {0, 7, 6}, {0, 7, 7}, {0, 7, 8}}),
           kernelOf({{-60, -70, 0.5f}, {60, 70, 0.5f}})};
 }
 

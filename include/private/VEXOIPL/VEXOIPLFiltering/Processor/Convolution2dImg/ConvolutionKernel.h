@@ -28,9 +28,10 @@ using processor::ProcessingInfo;
 constexpr ptrdiff_t cacheLineFloats = 64 / sizeof(float);
 constexpr int blockVectors = 8;
 constexpr ptrdiff_t blockWidth = blockVectors * lanesOf<FloatV>;
-constexpr ptrdiff_t chunkSize = 256;  ///< points whose lines are looked up together
+constexpr ptrdiff_t chunkSize = 1024;  ///< points whose lines are looked up together
 constexpr ptrdiff_t maxBatch = 8;
-constexpr ptrdiff_t prefetchWidth = 512;
+constexpr ptrdiff_t maxSharing = lanesOf<FloatV> == 16 ? 4 : 2;  ///< rows whose sums fit the registers
+constexpr ptrdiff_t prefetchWidth = 128;
 constexpr ptrdiff_t narrowestTile = 128;
 constexpr ptrdiff_t widestTile = 4096;
 constexpr ptrdiff_t segmentFloats = 6 * 1024;  ///< stay in the first-level cache
@@ -60,6 +61,8 @@ struct Plan {
   ptrdiff_t slots;
   ptrdiff_t batch;         ///< rows along the outer axis that are computed together,
   ptrdiff_t segmentWidth;  ///< in segments of so many columns
+  ptrdiff_t shift;  ///< in the list of points, from each to the same one of the next row; 0 if there is none
+  ptrdiff_t sharing;  ///< rows that are summed at once, each line loaded once for all
 
   explicit Plan(const ProcessingInfo& info)
       : kernel(*static_cast<const ConvolutionPoints*>(info.parameters)) {
@@ -72,10 +75,12 @@ struct Plan {
     const ptrdiff_t width = s.end[0] - s.begin[0], length = s.end[outer] - s.begin[outer];
     const ptrdiff_t innerLength = volume ? s.end[1] - s.begin[1] : 1;
     const ptrdiff_t padding = extent[0] - 1;
-
     // Rows of a batch share most of their input: all but the first read it from the first-level cache.
-    batch = larger(1, smaller(smaller(length, maxBatch),
-                              smaller(extent[outer] / 2, chunkSize / larger(kernel.count, 1))));
+    const ptrdiff_t useful = larger(extent[outer] / 2, smaller(extent[outer], 3));
+    batch =
+        larger(1, smaller(smaller(length, maxBatch), smaller(useful, chunkSize / larger(kernel.count, 1))));
+    shift = findShift();
+    sharing = shift == 0 ? 1 : smaller(smaller(batch, maxSharing), kernel.count / shift);
     slots = extent[outer] + batch - 1;
     segmentWidth = batch == 1 ? widestTile
                               : clamp(segmentFloats / (slots * extent[inner]) / blockWidth * blockWidth,
@@ -98,9 +103,9 @@ struct Plan {
     tileRows = slotLines = 1;
   }
 
-  size_t scratchFloats() const {
-    return size_t((ring ? slots * slotLines : 1) * pitch + roundUp(tileWidth, blockWidth));
-  }
+  size_t scratchFloats() const { return size_t((ring ? slots * slotLines : 1) * pitch + sumsFloats()); }
+  ptrdiff_t sumsPitch() const { return smaller(segmentWidth, tileWidth); }
+  ptrdiff_t sumsFloats() const { return larger(tileWidth, sharing * sumsPitch()); }
 
 private:
   /// In place the offsets count with that of the pixel itself, so that it is loaded before it is written
@@ -119,6 +124,18 @@ private:
       }
     }
     for (int axis = 0; axis < 3; ++axis) extent[axis] = last[axis] - first[axis] + 1;
+  }
+  /// Not 0 when each row of points, along the outer axis, repeats the one before it.
+  ptrdiff_t findShift() const {
+    const auto repeats = [this](ptrdiff_t from, ptrdiff_t to) {
+      const int *a = kernel.points[from].offset, *b = kernel.points[to].offset;
+      return b[outer] == a[outer] + 1 && b[inner] == a[inner] && b[0] == a[0];
+    };
+    ptrdiff_t n = 1;
+    while (n < kernel.count && !repeats(0, n)) ++n;
+    for (ptrdiff_t i = n; i < kernel.count; ++i)
+      if (!repeats(i - n, i)) return 0;
+    return n < kernel.count ? n : 0;
   }
   void setTileWidth(ptrdiff_t width, ptrdiff_t widest) {
     tileWidth = roundUp(divideUp(width, divideUp(width, widest)), blockWidth);
@@ -182,16 +199,51 @@ inline void addTapsToLine(const Taps& taps, const Stage& stage, float* sums, ptr
   for (; x < width; x += lanes) addTaps<1>(taps, stage, sums, x);
 }
 
+/// Columns [x, end) of the sums of rows that share lines: what one reads with a tap, the row before it reads
+/// `shift` taps later. Each line is loaded once. The taps of the rows follow one another. In whole groups of
+/// vectors.
+template <int rows>
+inline void addSharedTaps(const Taps& taps, ptrdiff_t shift, const Stage& stage, float* sums, ptrdiff_t pitch,
+                          ptrdiff_t x, ptrdiff_t end) {
+  constexpr int lanes = lanesOf<FloatV>, vectors = 4;
+  const ptrdiff_t later = (rows - 1) * shift;
+  const float* const* lastRow = taps.lines + (rows - 1) * taps.count - later;
+  for (; x < end; x += vectors * lanes) {
+    FloatV sum[rows][vectors] = {};
+    for (ptrdiff_t t = 0; t < taps.count + later; ++t) {
+      const float* line = (t < taps.count ? taps.lines : lastRow)[t] + x;
+      FloatV samples[vectors];
+#pragma GCC unroll 4
+      for (int i = 0; i < vectors; ++i) samples[i] = loadVector<FloatV>(line + i * lanes);
+#pragma GCC unroll 4
+      for (int r = 0; r < rows; ++r) {
+        const ptrdiff_t tap = t - r * shift;
+        if (tap < 0 || tap >= taps.count) continue;
+        const FloatV weight = splat<FloatV>(taps.weights[tap]);
+#pragma GCC unroll 4
+        for (int i = 0; i < vectors; ++i) sum[r][i] += weight * samples[i];
+      }
+    }
+#pragma GCC unroll 4
+    for (int r = 0; r < rows; ++r)
+#pragma GCC unroll 4
+      for (int i = 0; i < vectors; ++i) {
+        if (stage.divide) sum[r][i] /= splat<FloatV>(stage.norm);
+        storeVector(sums + r * pitch + x + i * lanes, sum[r][i]);
+      }
+  }
+}
+
 struct Convolution {
   const ProcessingInfo& info;
   const image::StripSource& source;
   const Plan plan;
   float* lines;  ///< of the input, padded by what the offsets reach
-  float* sums;   ///< one line
+  float* sums;   ///< one line, or a segment of several
 
   explicit Convolution(const ProcessingInfo& info) : info(info), source(info.sources[0]), plan(info) {
     lines = reinterpret_cast<float*>(info.scratch);
-    sums = lines + plan.scratchFloats() - roundUp(plan.tileWidth, blockWidth);
+    sums = lines + plan.scratchFloats() - plan.sumsFloats();
   }
 
   /// Points [from, from + n) of the kernel, n > 0.
@@ -207,14 +259,6 @@ struct Convolution {
     info.storers[0](info.targets[0], sums, x, y, z, width);
   }
 
-  /// Asks for samples that will be loaded soon, while others are computed.
-  void prefetch(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
-    const unsigned char* row = image::sourceRow(source, y, z);
-    if (!row) return;
-    for (ptrdiff_t i = x * source.sampleSize; i < (x + width) * source.sampleSize; i += 64)
-      __builtin_prefetch(row + i, 0, 2);
-  }
-
   /// One row of a tile, row by row of the kernel.
   void runRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
     const ConvolutionPoints& k = plan.kernel;
@@ -225,12 +269,7 @@ struct Convolution {
       if (i == 0 || !onSameRow(p, k.points[i - 1])) load(lines, x, y + p.offset[1], z + p.offset[2], width);
       for (n = 0; n < chunkSize && i + n < k.count && onSameRow(k.points[i + n], p); ++n)
         found[n] = lines + (k.points[i + n].offset[0] - plan.first[0]);
-      for (ptrdiff_t from = 0; from < width; from += prefetchWidth) {
-        const ptrdiff_t to = smaller(from + prefetchWidth, width);
-        if (k.count == n && y + 1 < source.end[1])
-          prefetch(x + from, y + 1 + p.offset[1], z + p.offset[2], to - from);
-        addTapsToLine({found, k.weights + i, n}, stageOf(i, n), sums, from, to);
-      }
+      addTapsToLine({found, k.weights + i, n}, stageOf(i, n), sums, 0, width);
     }
     store(x, y, z, width);
   }
@@ -278,7 +317,7 @@ struct Convolution {
       lookUp(found, i, n, row, oldest);
       addTapsToLine({found, plan.kernel.weights + i, n}, stageOf(i, n), sums, 0, t.width);
     }
-    storeSums(t, row, outer, 0, t.width);
+    storeSums(sums, t, row, outer, 0, t.width);
   }
 
   void runBatch(const Tile& t, ptrdiff_t row, ptrdiff_t outer, ptrdiff_t rows, ptrdiff_t oldest) const {
@@ -290,23 +329,58 @@ struct Convolution {
     }
     for (ptrdiff_t x = 0; x < t.width; x += plan.segmentWidth) {
       const ptrdiff_t end = smaller(x + plan.segmentWidth, t.width);
-      for (ptrdiff_t r = 0; r < rows; ++r) {
-        const ptrdiff_t next = outer + rows + r;
-        if (next < source.end[plan.outer]) {
-          const ptrdiff_t o = next + plan.first[plan.outer] + plan.extent[plan.outer] - 1,
-                          i = t.inner + row + plan.first[plan.inner];
-          prefetch(t.x + x, plan.outer == 1 ? o : i, plan.outer == 1 ? i : o, end - x);
+      for (ptrdiff_t r = 0, n; r < rows; r += n) {
+        n = smaller(rows - r, plan.sharing);
+        const unsigned char* next[maxSharing];
+        for (ptrdiff_t i = 0; i < n; ++i) next[i] = rowAhead(t, row, outer + rows + r + i);
+        for (ptrdiff_t from = x; from < end; from += prefetchWidth) {
+          for (ptrdiff_t i = 0; i < n; ++i) prefetch(next[i], t.x + from);
+          addBlock({found + r * count, plan.kernel.weights, count}, n, sums - x, from,
+                   smaller(from + prefetchWidth, end));
         }
-        addTapsToLine({found + r * count, plan.kernel.weights, count}, stageOf(0, count), sums, x, end);
-        storeSums(t, row, outer + r, x, end);
+        for (ptrdiff_t i = 0; i < n; ++i)
+          storeSums(sums + i * plan.sumsPitch(), t, row, outer + r + i, x, end);
       }
     }
   }
 
-  /// Columns [from, to) of the sums of a tile.
-  void storeSums(const Tile& t, ptrdiff_t row, ptrdiff_t outer, ptrdiff_t from, ptrdiff_t to) const {
+  /// The row that is loaded before the given one is computed; null when there is none.
+  const unsigned char* rowAhead(const Tile& t, ptrdiff_t row, ptrdiff_t outer) const {
+    if (outer >= source.end[plan.outer]) return nullptr;
+    const ptrdiff_t o = outer + plan.first[plan.outer] + plan.extent[plan.outer] - 1;
+    const ptrdiff_t i = t.inner + row + plan.first[plan.inner];
+    return image::sourceRow(source, plan.outer == 1 ? o : i, plan.outer == 1 ? i : o);
+  }
+
+  /// Asks for the samples of a block, which will be loaded soon, while others are computed. Not for more at
+  /// once: bursts were measured to have no effect.
+  void prefetch(const unsigned char* row, ptrdiff_t x) const {
+    if (!row) return;
+    for (ptrdiff_t i = x * source.sampleSize; i < (x + prefetchWidth) * source.sampleSize; i += 64)
+      __builtin_prefetch(row + i, 0, 3);
+  }
+
+  /// Columns [x, end) of so many rows.
+  void addBlock(const Taps& taps, ptrdiff_t rows, float* sums, ptrdiff_t x, ptrdiff_t end) const {
+    const Stage stage = stageOf(0, taps.count);
+    const ptrdiff_t pitch = plan.sumsPitch();
+    switch (rows) {
+      case 1:
+        return addTapsToLine(taps, stage, sums, x, end);
+      case 2:
+        return addSharedTaps<2>(taps, plan.shift, stage, sums, pitch, x, end);
+      case 3:
+        return addSharedTaps<3>(taps, plan.shift, stage, sums, pitch, x, end);
+      default:
+        return addSharedTaps<4>(taps, plan.shift, stage, sums, pitch, x, end);
+    }
+  }
+
+  /// Columns [from, to) of a tile.
+  void storeSums(const float* line, const Tile& t, ptrdiff_t row, ptrdiff_t outer, ptrdiff_t from,
+                 ptrdiff_t to) const {
     const ptrdiff_t inner = t.inner + row;
-    info.storers[0](info.targets[0], sums + from, t.x + from, plan.outer == 1 ? outer : inner,
+    info.storers[0](info.targets[0], line, t.x + from, plan.outer == 1 ? outer : inner,
                     plan.outer == 1 ? inner : outer, to - from);
   }
 
