@@ -12,7 +12,7 @@ LevelUse decideLevelUse(image::eImageBufferType type, bool compressionAllowed, c
   const std::string said = "the range " + ScalarText<double>::toText(minimum) + " to " +
                            ScalarText<double>::toText(maximum) + (fits ? " fits" : " does not fit") +
                            " 256 levels";
-  if (fits) return {true, true, said + (width > 255 ? ", two values sharing one" : "")};
+  if (fits) return {true, true, said + (width > 255 ? ", which its 257 values share" : "")};
   if (compressionAllowed) return {false, true, "compression to 256 levels is allowed"};
   return {false, false,
           (isReal ? "the samples are 32-bit float" : said) + ", and compression is not allowed"};

@@ -174,7 +174,7 @@ TEST_P(HistogramMedians, EveryRangeOutputTypeAndInstructionSet) {
   }
 }
 
-// Windows of 1 to 293 samples, larger than the image or not, and strips of all widths.
+// Windows of 1 to 289 samples, 255 among them, larger than the image or not, and strips of all widths.
 TEST_P(HistogramMedians, EverySizeOfWindowAndImage) {
   std::vector<Half> halves = {{0, 0, 0}, {7, 8, 0}, {8, 8, 0}, {1, 0, 0}, {0, 3, 0}};
   if (family().volumes) halves.insert(halves.end(), {{1, 1, 1}, {0, 2, 3}, {2, 1, 5}});
@@ -225,13 +225,14 @@ protected:
 INSTANTIATE_TEST_SUITE_P(All, HistogramFamilies, ::testing::Range(std::size_t{0}, families.size()),
                          [](const auto& info) { return std::string(families[info.param].name); });
 
-// More samples than 16 bits count, and many periods of the mirrored image.
+// The numbers of samples at which counters grow, and many periods of the mirrored image.
 TEST_P(HistogramFamilies, WindowsFarLargerThanTheImage) {
   const ImagePtr in = rangeImage({5, 4}, eImageBufferType::UInt16, 1000, 1255);
   const RangePtr range = makeRange(1000, 1255);
   for (const auto& sets : offeredSets()) {
     const ForcedSets forced(family().kernelClass(), sets);
-    for (const Half h : {Half{150, 120, 0}, Half{0, 500, 0}, Half{400, 3, 0}}) {
+    for (const Half h : {Half{150, 120, 0}, Half{0, 500, 0}, Half{400, 3, 0}, Half{128, 0, 0},
+                         Half{127, 128, 0}, Half{128, 128, 0}}) {
       const ImagePtr out = Image::create(in->getGeometry(), eImageBufferType::UInt16);
       family().fill(in, h, range, out);
       expectMedian(*in, *out, h, range);

@@ -153,7 +153,7 @@ template <class T, class Key>
 template <class T>
 const char* searchMedians(const processor::ProcessingInfo& info, StoreSamples store) {
   const SearchLayout l(info.sources[0]);
-  if (!l.isCountable()) return "the window holds more than 4294967295 samples";
+  if (!l.isCountable()) return "the window that its half sizes ask for holds more than 4294967295 samples";
   if constexpr (sizeof(T) == 1)
     if (l.keySize == 1) return searchMedians<T, signed char>(info, store), nullptr;
   if constexpr (sizeof(T) <= 2)

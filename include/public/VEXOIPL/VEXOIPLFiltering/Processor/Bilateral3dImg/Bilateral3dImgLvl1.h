@@ -50,6 +50,8 @@ private:
 /// integer outputs; one that holds an infinity gives NaN or an infinity. With h = 0 samples are as they are,
 /// converted. Otherwise a deviation of 0 or NaN leaves nothing to divide: NaN, 0 in integer outputs. A
 /// negative one counts as positive, but gives h = 0 when h is derived from it.
+/// In place, the slices that strips read from each other are saved first, and each thread holds the results
+/// of a strip, at least four slices: up to the memory of another image.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, h is too large or the window has
 /// more than 268435456 voxels, the sizes of the output differ, the output overlaps the input without being

@@ -33,6 +33,9 @@ private:
 ///
 /// Computed in double precision. A mean is cut to an integer towards zero in an integer image, and rounded to
 /// single precision in a float one. A pixel whose window holds a NaN or an infinity is kept.
+/// Sums take the pixel in and out again: where its square is more than 1e15 times the variance of its
+/// neighbours (1e10 among hundreds, in 32-bit samples), rounding decides whether it is kept, and from 1e16
+/// times their mean on also what it becomes.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, sizes or
 /// type of the output differ, the output overlaps the input without being the same image. The output is then

@@ -35,6 +35,8 @@ private:
 /// the type; it is then converted to the output's type. In integer outputs it saturates: 300 becomes 255 in
 /// an 8-bit output; a fraction is rounded half away from zero, and NaN becomes 0. Where a window holds NaN,
 /// the result is some sample of the window.
+/// In place, the slices that strips read from each other are saved first, and each thread holds the results
+/// of a strip, at least four slices: up to the memory of another image.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size or the window is too
 /// large, the sizes of the output differ, the output overlaps the input without being the same image. The

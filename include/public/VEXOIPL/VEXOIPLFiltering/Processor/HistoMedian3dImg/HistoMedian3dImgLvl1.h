@@ -40,6 +40,8 @@ private:
 /// type: it saturates in integer outputs, a fraction is rounded half away from zero.
 ///
 /// The time per voxel grows with the rows of the window, of all its slices.
+/// In place, the slices that strips read from each other are saved first, and each thread holds the results
+/// of a strip, at least four slices: up to the memory of another image.
 ///
 /// Throws an exception derived from vexo::BaseException: an image or the range is null, the range is reversed
 /// or NaN, a half size is too large, the sizes of the output differ, the output overlaps the input without

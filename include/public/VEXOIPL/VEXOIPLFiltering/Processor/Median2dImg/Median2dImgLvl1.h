@@ -61,7 +61,8 @@ private:
 /// The implementation is chosen: one of its own for 3 x 3 and one for 5 x 5 pixels; for other windows over
 /// integers whose range (of the whole image, all planes together) is at most 256 one that counts in 256
 /// levels, whose time does not depend on the window; else one that compares values, whose time grows with it.
-/// All are exact but for a range of exactly 256: there the lowest value and the next count as the lowest.
+/// All are exact but for a range of exactly 256: there 257 values share 256
+/// levels, and a median may come out one too low.
 /// The median is then converted to the output's type. In integer outputs it saturates: 300 becomes 255 in an
 /// 8-bit output; a fraction is rounded half away from zero, and NaN becomes 0. Where a window holds NaN, the
 /// result is some sample of the window.

@@ -58,10 +58,10 @@ private:
 ///
 /// The implementation is chosen: for windows other than 3 x 3 x 3 voxels over integers whose range (of the
 /// whole image, all volumes together) is at most 256 one that counts in 256 levels; else one that compares
-/// values, whose time grows faster with the window. Both are exact but for a range of exactly 256: there the
-/// lowest value and the next count as the lowest. The median is then converted to the output's type. In
-/// integer outputs it saturates: 300 becomes 255 in an 8-bit output; a fraction is rounded half away from
-/// zero, and NaN becomes 0. Where a window holds NaN, the result is some sample of the window.
+/// values, whose time grows faster with the window. Both are exact but for a range of exactly 256: there 257
+/// values share 256 levels, and a median may come out one too low. The median is then converted to the
+/// output's type. In integer outputs it saturates: 300 becomes 255 in an 8-bit output; a fraction is rounded
+/// half away from zero, and NaN becomes 0. Where a window holds NaN, the result is some sample of the window.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size or the window is too
 /// large, the sizes of the output differ, the output overlaps the input without being the same image. The
