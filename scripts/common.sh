@@ -34,3 +34,17 @@ build() {
   (cd "$project" && cmake --preset "$preset" "$@" > /dev/null &&
     cmake --build --preset "$preset" ${build_targets[@]:+--target "${build_targets[@]}"})
 }
+
+# Unpacks real images into the folder $images, unless they are there.
+images=$project/build/demo/images/usr/lib/python3/dist-packages/skimage/data
+unpack_images() {
+  local demo=$project/build/demo
+  [ ! -f "$images/cell.png" ] || return 0
+  # Only the images are wanted: the package is unpacked, not installed, so that its dependencies stay out.
+  mkdir -p "$demo/package"
+  if ! (cd "$demo/package" && apt-get download -qq python3-skimage); then
+    refresh_package_lists
+    (cd "$demo/package" && apt-get download -qq python3-skimage)
+  fi
+  dpkg -x "$demo"/package/python3-skimage_*.deb "$demo/images"
+}

@@ -6,20 +6,11 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 install_packages "${build_packages[@]}"
 build release -DVEXO_BUILD_TESTS=OFF
 
-demo=$project/build/demo
-image=$demo/images/usr/lib/python3/dist-packages/skimage/data/cell.png
-if [ ! -f "$image" ]; then
-  # Only the image is wanted: the package is unpacked, not installed, so that its dependencies stay out.
-  mkdir -p "$demo/package"
-  if ! (cd "$demo/package" && apt-get download -qq python3-skimage); then
-    refresh_package_lists
-    (cd "$demo/package" && apt-get download -qq python3-skimage)
-  fi
-  dpkg -x "$demo"/package/python3-skimage_*.deb "$demo/images"
-fi
+unpack_images
 
 vexo=$project/build/release/bin/vexo
-result=$demo/cell_smooth.png
+image=$images/cell.png
+result=$project/build/demo/cell_smooth.png
 "$vexo" info "$image"
 begin=$(date +%s%N)
 "$vexo" run MeanSmoothing2dImg --InImg "$image" --InHalfKnlSizeX 5 --InHalfKnlSizeY 5 --OutImg "$result"
