@@ -259,6 +259,14 @@ struct Convolution {
     info.storers[0](info.targets[0], sums, x, y, z, width);
   }
 
+  /// Asks for samples that will be loaded soon, while others are computed. Not for more at once: bursts were
+  /// measured to have no effect.
+  void prefetch(const unsigned char* row, ptrdiff_t x) const {
+    if (!row) return;
+    for (ptrdiff_t i = x * source.sampleSize; i < (x + prefetchWidth) * source.sampleSize; i += 64)
+      __builtin_prefetch(row + i, 0, 3);
+  }
+
   /// One row of a tile, row by row of the kernel.
   void runRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
     const ConvolutionPoints& k = plan.kernel;
@@ -269,7 +277,14 @@ struct Convolution {
       if (i == 0 || !onSameRow(p, k.points[i - 1])) load(lines, x, y + p.offset[1], z + p.offset[2], width);
       for (n = 0; n < chunkSize && i + n < k.count && onSameRow(k.points[i + n], p); ++n)
         found[n] = lines + (k.points[i + n].offset[0] - plan.first[0]);
-      addTapsToLine({found, k.weights + i, n}, stageOf(i, n), sums, 0, width);
+      const unsigned char* next = k.count == n && y + 1 < source.end[1]
+                                      ? image::sourceRow(source, y + 1 + p.offset[1], z + p.offset[2])
+                                      : nullptr;
+      for (ptrdiff_t from = 0; from < width; from += prefetchWidth) {
+        prefetch(next, x + from);
+        addTapsToLine({found, k.weights + i, n}, stageOf(i, n), sums, from,
+                      smaller(from + prefetchWidth, width));
+      }
     }
     store(x, y, z, width);
   }
@@ -350,14 +365,6 @@ struct Convolution {
     const ptrdiff_t o = outer + plan.first[plan.outer] + plan.extent[plan.outer] - 1;
     const ptrdiff_t i = t.inner + row + plan.first[plan.inner];
     return image::sourceRow(source, plan.outer == 1 ? o : i, plan.outer == 1 ? i : o);
-  }
-
-  /// Asks for the samples of a block, which will be loaded soon, while others are computed. Not for more at
-  /// once: bursts were measured to have no effect.
-  void prefetch(const unsigned char* row, ptrdiff_t x) const {
-    if (!row) return;
-    for (ptrdiff_t i = x * source.sampleSize; i < (x + prefetchWidth) * source.sampleSize; i += 64)
-      __builtin_prefetch(row + i, 0, 3);
   }
 
   /// Columns [x, end) of so many rows.
