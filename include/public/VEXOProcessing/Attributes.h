@@ -136,7 +136,7 @@ public:
 class InFactor : public processor::Attribute<InFactor, double> {
 public:
   static constexpr char toolTip[] =
-      "Distance from the mean of the neighbours, in standard deviations, beyond which a pixel is replaced";
+      "A pixel is replaced when this times its distance from the neighbours' mean exceeds their deviation";
 };
 
 /// Histogram medians.

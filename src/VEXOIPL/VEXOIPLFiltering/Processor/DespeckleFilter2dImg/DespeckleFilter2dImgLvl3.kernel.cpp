@@ -57,26 +57,31 @@ struct Layout {
     pitch = roundUp(width, lineAlignment);
     padded = pitch + roundUp(knlSizeX + lanes, lineAlignment);  // vectors are read at any offset
   }
-  /// Per row of the window: samples, sums and sums of squares. And two lines with margins.
-  ptrdiff_t scratchDoubles() const { return 3 * knlSizeY * pitch + 2 * padded; }
+  /// Per row of the window: samples, sums and sums of squares. And three lines with margins.
+  ptrdiff_t scratchDoubles() const { return 3 * knlSizeY * pitch + 3 * padded; }
 };
 
 size_t scratchSize(const ProcessingInfo& info) {
   return size_t(Layout(info).scratchDoubles()) * sizeof(double);
 }
 
-/// The sums of windows of n columns, and those of their squares, in whole vectors: sums[i] = line[i] + ... +
-/// line[i + knlSize - 1]. For few samples, added one by one in registers.
+// Sums of windows along a row leave out the pixel itself: to take it out again would lose the neighbours of
+// one that is far larger than they are.
+
+/// The sums of n columns, and those of their squares, in whole vectors: sums[i] = line[i] + ... + line[i +
+/// knlSize - 1] but for the middle one. For few samples, added one by one in registers.
 void sumSingly(double* sums, double* squares, const double* line, ptrdiff_t knlSize, ptrdiff_t n) {
   for (ptrdiff_t i = 0; i < n; i += atOnce) {
     DoubleV sum[vectors] = {}, square[vectors] = {};
-    for (ptrdiff_t j = 0; j < knlSize; ++j)
+    for (ptrdiff_t j = 0; j < knlSize; ++j) {
+      if (j == knlSize / 2) continue;
 #pragma GCC unroll 4
       for (int v = 0; v < vectors; ++v) {
         const DoubleV value = loadDoubles(line + i + j + v * lanes);
         sum[v] += value;
         square[v] += value * value;
       }
+    }
 #pragma GCC unroll 4
     for (int v = 0; v < vectors; ++v) {
       storeDoubles(sums + i + v * lanes, sum[v]);
@@ -85,7 +90,7 @@ void sumSingly(double* sums, double* squares, const double* line, ptrdiff_t knlS
   }
 }
 
-/// The sums of windows as above, for more samples. Spoils the line.
+/// sums[i] = line[i] + ... + line[i + knlSize - 1], for more samples. Spoils the line.
 void sumByDoubling(double* sums, double* line, ptrdiff_t knlSize, ptrdiff_t n) {
   ptrdiff_t offset = 0;  // of the samples that are not yet in the sums
   for (ptrdiff_t size = 1;; size *= 2) {
@@ -101,6 +106,14 @@ void sumByDoubling(double* sums, double* line, ptrdiff_t knlSize, ptrdiff_t n) {
     for (ptrdiff_t i = 0; i < n + knlSize - 2 * size; i += lanes)
       storeDoubles(line + i, loadDoubles(line + i) + loadDoubles(line + i + size));
   }
+}
+
+/// As sumSingly, for more samples: those before and those after the middle one. Spoils both lines.
+void sumHalves(double* sums, double* halves, double* line, ptrdiff_t knlSize, ptrdiff_t n) {
+  const ptrdiff_t half = knlSize / 2;
+  sumByDoubling(halves, line, half, n + half + 1);
+  for (ptrdiff_t i = 0; i < n; i += lanes)
+    storeDoubles(sums + i, loadDoubles(halves + i) + loadDoubles(halves + i + half + 1));
 }
 
 template <class T>
@@ -122,6 +135,7 @@ public:
     _squares = _sums + _layout.knlSizeY * _layout.pitch;
     _line = _squares + _layout.knlSizeY * _layout.pitch;
     _squaredLine = _line + _layout.padded;
+    _spareLine = _squaredLine + _layout.padded;
   }
 
   void runTile(ptrdiff_t x, ptrdiff_t z) const {
@@ -135,7 +149,7 @@ public:
         ptrdiff_t centre = slot - after;
         if (centre < 0) centre += _layout.knlSizeY;
         computeRow(centre, width);
-        storeRow(centre, x, completed, z, width);
+        storeRow(x, completed, z, width);
       }
       slot = slot + 1 == _layout.knlSizeY ? 0 : slot + 1;
     }
@@ -155,8 +169,8 @@ private:
                      size_t(width) * sizeof(double));
     if (_layout.knlSizeX <= mostAddedSingly) return sumSingly(sums, squares, _line, _layout.knlSizeX, width);
     for (ptrdiff_t i = 0; i < _layout.padded; ++i) _squaredLine[i] = _line[i] * _line[i];
-    sumByDoubling(sums, _line, _layout.knlSizeX, width);
-    sumByDoubling(squares, _squaredLine, _layout.knlSizeX, width);
+    sumHalves(sums, _spareLine, _line, _layout.knlSizeX, width);
+    sumHalves(squares, _spareLine, _squaredLine, _layout.knlSizeX, width);
   }
 
   void prefetchRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
@@ -164,39 +178,45 @@ private:
     for (ptrdiff_t i = 0; i < width * ptrdiff_t(sizeof(T)); i += 64) __builtin_prefetch(row + i, 0, 2);
   }
 
-  /// Replaces the outliers among the samples of a row: no other row needs them any more. Dividing everywhere
-  /// costs less than finding out where.
+  /// The results of a row, in the spare line. Dividing everywhere costs less than finding out where.
   void computeRow(ptrdiff_t centre, ptrdiff_t width) const {
     const ptrdiff_t pitch = _layout.pitch, knlSizeY = _layout.knlSizeY;
-    double* values = _values + centre * pitch;
+    const double* values = _values + centre * pitch;
     const DoubleV count = _neighbours - DoubleV{}, factor = _squaredFactor - DoubleV{};
     for (ptrdiff_t x = 0; x < width; x += atOnce) {
       DoubleV sum[vectors] = {}, squares[vectors] = {};
-      for (ptrdiff_t row = 0; row < knlSizeY; ++row)
+      for (ptrdiff_t row = 0; row < knlSizeY; ++row) {
 #pragma GCC unroll 4
         for (int i = 0; i < vectors; ++i) {
           sum[i] += loadDoubles(_sums + row * pitch + x + i * lanes);
           squares[i] += loadDoubles(_squares + row * pitch + x + i * lanes);
         }
+        if (row == centre) continue;
+#pragma GCC unroll 4
+        for (int i = 0; i < vectors; ++i) {
+          const DoubleV v = loadDoubles(_values + row * pitch + x + i * lanes);
+          sum[i] += v;
+          squares[i] += v * v;
+        }
+      }
 #pragma GCC unroll 4
       for (int i = 0; i < vectors; ++i) {
         const DoubleV v = loadDoubles(values + x + i * lanes);
-        sum[i] -= v;
-        squares[i] -= v * v;
         // Both sides of "factor * |v - mean| > deviation", times the number of neighbours, squared: no
-        // division, and exact for small integers. False when a NaN takes part (a NaN or an infinity in the
-        // window); a variance that rounding made negative decides nothing either.
+        // division, and exact for small integers. False when a NaN takes part (a NaN or an infinity among
+        // the neighbours); a variance that rounding made negative decides nothing either.
         const DoubleV variance = squares[i] * count - sum[i] * sum[i];
         const DoubleV distance = v * count - sum[i];
-        const LongV replaced = (factor * (distance * distance) > variance) & (variance >= 0);
-        storeDoubles(values + x + i * lanes, replaced ? sum[i] / count : v);
+        const LongV finite = v - v == 0;
+        const LongV replaced = (factor * (distance * distance) > variance) & (variance >= 0) & finite;
+        storeDoubles(_spareLine + x + i * lanes, replaced ? sum[i] / count : v);
       }
     }
   }
 
-  void storeRow(ptrdiff_t centre, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
+  void storeRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
     const image::StripTarget& t = _info.targets[0];
-    const double* values = _values + centre * _layout.pitch;
+    const double* values = _spareLine;
     if constexpr (isFloat<T>) {
       float* line = reinterpret_cast<float*>(_line);
       for (ptrdiff_t i = 0; i < width; ++i) line[i] = float(values[i]);
@@ -213,7 +233,7 @@ private:
   const image::StripSource& _source;
   const Layout _layout;
   const double _squaredFactor, _neighbours;
-  double *_values, *_sums, *_squares, *_line, *_squaredLine;
+  double *_values, *_sums, *_squares, *_line, *_squaredLine, *_spareLine;
 };
 
 template <class T>

@@ -68,6 +68,23 @@ class DespeckleTypes : public ::testing::TestWithParam<eImageBufferType> {};
 INSTANTIATE_TEST_SUITE_P(Types, DespeckleTypes, ::testing::ValuesIn(allTypes()),
                          [](const auto& info) { return image::toString(info.param); });
 
+// However bright it is: sums that it takes part in would lose its neighbours.
+TEST_P(DespeckleTypes, ReplacesASinglePixelOfTheHighestValue) {
+  const double highest = image::visitBufferType(
+      GetParam(), [](auto zero) { return static_cast<double>(std::numeric_limits<decltype(zero)>::max()); });
+  for (const auto& [hx, hy] : {std::pair{1, 1}, {2, 2}, {7, 3}})
+    for (const auto& sets : offeredSets()) {
+      const ForcedSets forced(kernelClass, sets);
+      const ImagePtr flat = Image::create({71, 20}, GetParam());
+      forEachSample(flat->getGeometry(), [&](auto... at) { setSample(*flat, 101, at...); });
+      const ImagePtr in = copyOf(*flat);
+      setSample(*in, highest, 33, 12);
+      EXPECT_TRUE(
+          sameBits(*run(in, static_cast<std::uint32_t>(hx), static_cast<std::uint32_t>(hy), 1), *flat))
+          << hx << " " << hy << " " << core::toString(sets.getSets());
+    }
+}
+
 TEST_P(DespeckleTypes, AgreesWithTheDefinition) {
   for (const auto& [hx, hy] : {std::pair{1, 1}, {2, 2}, {4, 0}, {0, 3}, {6, 1}, {9, 12}})
     for (const double factor : {0.3, 1.0}) {

@@ -21,11 +21,11 @@ private:
                               boost::shared_ptr<core::BaseActionProvider>& provider) override;
 };
 
-/// Removes isolated outliers: a pixel whose distance from the mean of its neighbours is more than `inFactor`
-/// of their standard deviations becomes that mean; all others are kept. The neighbours are the pixels of the
-/// (2 halfX + 1) x (2 halfY + 1) around it without the pixel itself; mean and deviation are divided by their
-/// number. Pixels outside the image are those of the mirrored image (the edge pixel is repeated). Each plane
-/// is treated on its own.
+/// Removes isolated outliers: a pixel v becomes the mean of its neighbours where inFactor * |v - mean| >
+/// their standard deviation; all others are kept. So a larger factor replaces more: 0.5 those beyond 2
+/// deviations, 1 those beyond one. The neighbours are the pixels of the (2 halfX + 1) x (2 halfY + 1) around
+/// it without the pixel itself; mean and deviation are divided by their number. Pixels outside the image are
+/// those of the mirrored image (the edge pixel is repeated). Each plane is treated on its own.
 ///
 /// inImg: any of the seven sample types. outImg: the type and the sizes of the input; it may be the input
 /// itself. inHalfKnlSizeX, inHalfKnlSizeY: in pixels, from 0 to 32767; 0 and 0, which leave no neighbours,
@@ -33,9 +33,6 @@ private:
 ///
 /// Computed in double precision. A mean is cut to an integer towards zero in an integer image, and rounded to
 /// single precision in a float one. A pixel whose window holds a NaN or an infinity is kept.
-/// Sums take the pixel in and out again: where its square is more than 1e15 times the variance of its
-/// neighbours (1e10 among hundreds, in 32-bit samples), rounding decides whether it is kept, and from 1e16
-/// times their mean on also what it becomes.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, sizes or
 /// type of the output differ, the output overlaps the input without being the same image. The output is then
