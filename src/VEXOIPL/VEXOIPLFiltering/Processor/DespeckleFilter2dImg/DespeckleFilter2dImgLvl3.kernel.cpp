@@ -65,16 +65,19 @@ size_t scratchSize(const ProcessingInfo& info) {
   return size_t(Layout(info).scratchDoubles()) * sizeof(double);
 }
 
-// Sums of windows along a row leave out the pixel itself: to take it out again would lose the neighbours of
-// one that is far larger than they are.
+/// Sums of 8 and 16-bit samples are exact: a pixel can be taken out of those of its window. Sums of others
+/// leave it out from the start: one far larger than its neighbours would cost them their bits.
+template <class T>
+constexpr bool hasExactSums = sizeof(T) < 4;
 
-/// The sums of n columns, and those of their squares, in whole vectors: sums[i] = line[i] + ... + line[i +
-/// knlSize - 1] but for the middle one. For few samples, added one by one in registers.
+/// The sums of windows of n columns, and those of their squares, in whole vectors: sums[i] = line[i] + ... +
+/// line[i + knlSize - 1], on demand but for the middle one. For few samples, added one by one in registers.
+template <bool withMiddle>
 void sumSingly(double* sums, double* squares, const double* line, ptrdiff_t knlSize, ptrdiff_t n) {
   for (ptrdiff_t i = 0; i < n; i += atOnce) {
     DoubleV sum[vectors] = {}, square[vectors] = {};
     for (ptrdiff_t j = 0; j < knlSize; ++j) {
-      if (j == knlSize / 2) continue;
+      if (!withMiddle && j == knlSize / 2) continue;
 #pragma GCC unroll 4
       for (int v = 0; v < vectors; ++v) {
         const DoubleV value = loadDoubles(line + i + j + v * lanes);
@@ -108,7 +111,7 @@ void sumByDoubling(double* sums, double* line, ptrdiff_t knlSize, ptrdiff_t n) {
   }
 }
 
-/// As sumSingly, for more samples: those before and those after the middle one. Spoils both lines.
+/// The same but for the middle one: those before and those after the middle one. Spoils both lines.
 void sumHalves(double* sums, double* halves, double* line, ptrdiff_t knlSize, ptrdiff_t n) {
   const ptrdiff_t half = knlSize / 2;
   sumByDoubling(halves, line, half, n + half + 1);
@@ -167,10 +170,17 @@ private:
     double *sums = _sums + slot * _layout.pitch, *squares = _squares + slot * _layout.pitch;
     __builtin_memcpy(_values + slot * _layout.pitch, _line + _source.marginBefore[0],
                      size_t(width) * sizeof(double));
-    if (_layout.knlSizeX <= mostAddedSingly) return sumSingly(sums, squares, _line, _layout.knlSizeX, width);
+    if (_layout.knlSizeX <= mostAddedSingly)
+      return sumSingly<hasExactSums<T>>(sums, squares, _line, _layout.knlSizeX, width);
     for (ptrdiff_t i = 0; i < _layout.padded; ++i) _squaredLine[i] = _line[i] * _line[i];
-    sumHalves(sums, _spareLine, _line, _layout.knlSizeX, width);
-    sumHalves(squares, _spareLine, _squaredLine, _layout.knlSizeX, width);
+    sumLine(sums, _line, width);
+    sumLine(squares, _squaredLine, width);
+  }
+  void sumLine(double* sums, double* line, ptrdiff_t width) const {
+    if constexpr (hasExactSums<T>)
+      sumByDoubling(sums, line, _layout.knlSizeX, width);
+    else
+      sumHalves(sums, _spareLine, line, _layout.knlSizeX, width);
   }
 
   void prefetchRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
@@ -191,7 +201,7 @@ private:
           sum[i] += loadDoubles(_sums + row * pitch + x + i * lanes);
           squares[i] += loadDoubles(_squares + row * pitch + x + i * lanes);
         }
-        if (row == centre) continue;
+        if (hasExactSums<T> || row == centre) continue;
 #pragma GCC unroll 4
         for (int i = 0; i < vectors; ++i) {
           const DoubleV v = loadDoubles(_values + row * pitch + x + i * lanes);
@@ -202,6 +212,10 @@ private:
 #pragma GCC unroll 4
       for (int i = 0; i < vectors; ++i) {
         const DoubleV v = loadDoubles(values + x + i * lanes);
+        if constexpr (hasExactSums<T>) {
+          sum[i] -= v;
+          squares[i] -= v * v;
+        }
         // Both sides of "factor * |v - mean| > deviation", times the number of neighbours, squared: no
         // division, and exact for small integers. False when a NaN takes part (a NaN or an infinity among
         // the neighbours); a variance that rounding made negative decides nothing either.
