@@ -21,7 +21,7 @@ BoolResult Bilateral2dImgLvl2::retrieveProvider(const core::BasePriority& priori
                                                 boost::shared_ptr<core::BaseActionProvider>& provider) {
   using Next = Bilateral2dImgLvl3;
   const std::uint32_t half = getStorage<attr::InHalfKnlSize>();
-  if (copySingleSamples(getStorage<attr::InSubImg2d>(), getStorage<attr::OutImg>(), half)) return true;
+  if (convertSingleSamples(getStorage<attr::InSubImg2d>(), getStorage<attr::OutImg>(), half)) return true;
   provider =
       dispatchRows<Next>(priority, *this, centredMargins(half, half), image::eStripAllocationType::View,
                          scaleSplit<Next>(*this), spaceSplit<Next>(*this), rangeSplit<Next>(*this));

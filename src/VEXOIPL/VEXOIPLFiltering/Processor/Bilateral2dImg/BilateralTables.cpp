@@ -10,6 +10,21 @@
 namespace vexo::imaproc::filter {
 namespace {
 
+/// A value as a sample of another type: integers are limited to the type and round half away from zero; NaN
+/// is 0.
+template <class TOut, class TIn>
+TOut toSample(TIn value) {
+  using Limits = std::numeric_limits<TOut>;
+  if constexpr (!Limits::is_integer || std::is_same_v<TIn, TOut>) {
+    return static_cast<TOut>(value);
+  } else {
+    const auto wide = static_cast<double>(value);
+    if (std::isnan(wide)) return 0;
+    return static_cast<TOut>(std::clamp(std::round(wide), static_cast<double>(Limits::lowest()),
+                                        static_cast<double>(Limits::max())));
+  }
+}
+
 struct Bins {
   std::size_t count;
   float scale;
@@ -28,16 +43,18 @@ Bins binsFor(image::eImageBufferType type, const boost::shared_ptr<const attr::S
   return {65536, static_cast<float>(most / range)};
 }
 
-/// In single precision, unless the deviation is so large, or so small, that its square is no float.
+/// In single precision, unless the square of the deviation, or of a difference, is no float.
 attr::Floats makeRangeTable(const Bins& bins, double sigma) {
   const double exact = -0.5 / (sigma * sigma);
   const auto coefficient = static_cast<float>(exact);
   attr::Floats table(bins.count, 0.0f);
   for (std::size_t i = 0; i < table.size(); ++i) {
     const float difference = static_cast<float>(i) / bins.scale;
+    const float squared = difference * difference;
     const double wide = difference;
-    const float weight = std::isnormal(coefficient) ? std::exp(difference * difference * coefficient)
-                                                    : static_cast<float>(std::exp(wide * wide * exact));
+    const float weight = std::isnormal(coefficient) && std::isfinite(squared)
+                             ? std::exp(squared * coefficient)
+                             : static_cast<float>(std::exp(wide * wide * exact));
     if (weight < std::numeric_limits<float>::min()) break;  // the others would be smaller still: they are 0
     table[i] = weight;
   }
@@ -119,12 +136,23 @@ BilateralTables makeBilateralTables(const processor::BaseProcessor& level1, imag
       boost::make_shared<const attr::Floats>(makeRangeTable(bins, level1.getStorage<attr::InRangeSigma>()))};
 }
 
-bool copySingleSamples(const boost::shared_ptr<const image::BaseImage>& input,
-                       const boost::shared_ptr<image::BaseImage>& output, std::uint32_t halfSize) {
-  if (halfSize != 0 || input->getBufferType() != output->getBufferType()) return false;
+bool convertSingleSamples(const boost::shared_ptr<const image::BaseImage>& input,
+                          const boost::shared_ptr<image::BaseImage>& output, std::uint32_t halfSize) {
+  if (halfSize != 0) return false;
   const image::Image& from = image::hostImage(input, "InImg");
   image::Image& to = image::hostImage(output, "OutImg");
-  if (from.getData() != to.getData()) image::copySamples(from, to);
+  image::visitBufferType(from.getBufferType(), [&](auto in) {
+    image::visitBufferType(to.getBufferType(), [&](auto out) {
+      using TOut = decltype(out);
+      for (std::size_t z = 0; z < from.getSizeZ(); ++z)
+        for (std::size_t y = 0; y < from.getSizeY(); ++y) {
+          const auto* source = from.getRow<decltype(in)>(y, z);
+          auto* target = to.getRow<TOut>(y, z);
+          std::transform(source, source + from.getSizeX(), target,
+                         [](auto value) { return toSample<TOut>(value); });
+        }
+    });
+  });
   return true;
 }
 

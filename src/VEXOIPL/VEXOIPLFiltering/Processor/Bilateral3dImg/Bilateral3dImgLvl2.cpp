@@ -21,7 +21,7 @@ BoolResult Bilateral3dImgLvl2::retrieveProvider(const core::BasePriority& priori
                                                 boost::shared_ptr<core::BaseActionProvider>& provider) {
   using Next = Bilateral3dImgLvl3;
   const std::uint32_t half = getStorage<attr::InHalfKnlSize>();
-  if (copySingleSamples(getStorage<attr::InSubImg3d>(), getStorage<attr::OutImg>(), half)) return true;
+  if (convertSingleSamples(getStorage<attr::InSubImg3d>(), getStorage<attr::OutImg>(), half)) return true;
   provider = dispatchSlices<Next>(priority, *this, centredMargins(half, half, half),
                                   image::eStripAllocationType::OwnBuffer, scaleSplit<Next>(*this),
                                   spaceSplit<Next>(*this), rangeSplit<Next>(*this));

@@ -18,7 +18,7 @@ processor::RulePtr SeparatedBilateral2dImgLvl2::createRule() const {
 BoolResult SeparatedBilateral2dImgLvl2::retrieveFirstProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
   const std::uint32_t half = getStorage<attr::InHalfKnlSize>();
-  if (copySingleSamples(getStorage<attr::InSubImg2d>(), getStorage<attr::OutImg>(), half)) return true;
+  if (convertSingleSamples(getStorage<attr::InSubImg2d>(), getStorage<attr::OutImg>(), half)) return true;
   provider = makePass<SeparatedBilateralX2dImgLvl3, image::eStripParsingDirection::Y>(
       priority, *this, getStorage<attr::InSubImg2d>(), centredMargins(half, 0));
   return true;

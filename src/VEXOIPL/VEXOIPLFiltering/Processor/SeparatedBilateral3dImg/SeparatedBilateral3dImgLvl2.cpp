@@ -18,7 +18,7 @@ processor::RulePtr SeparatedBilateral3dImgLvl2::createRule() const {
 BoolResult SeparatedBilateral3dImgLvl2::retrieveFirstProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
   const std::uint32_t half = getStorage<attr::InHalfKnlSize>();
-  if (copySingleSamples(getStorage<attr::InSubImg3d>(), getStorage<attr::OutImg>(), half)) return true;
+  if (convertSingleSamples(getStorage<attr::InSubImg3d>(), getStorage<attr::OutImg>(), half)) return true;
   provider = makePass<SeparatedBilateralX3dImgLvl3, image::eStripParsingDirection::Z>(
       priority, *this, getStorage<attr::InSubImg3d>(), centredMargins(half, 0, 0));
   return true;

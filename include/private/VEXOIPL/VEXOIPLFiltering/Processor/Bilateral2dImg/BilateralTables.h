@@ -56,10 +56,10 @@ boost::shared_ptr<core::BaseActionProvider> dispatchBilateral(
       staticNoSplit<Next, attr::InHalfKnlSize>(tables.halfSize));
 }
 
-/// Level 2 when the window is a single sample and the types agree: the samples themselves, 32-bit integers
-/// with all their bits. False when there is more to do.
-bool copySingleSamples(const boost::shared_ptr<const image::BaseImage>& input,
-                       const boost::shared_ptr<image::BaseImage>& output, std::uint32_t halfSize);
+/// Level 2 when the window is a single sample: the samples themselves, converted, integers of 32 bits with
+/// all their bits. False when the window has more.
+bool convertSingleSamples(const boost::shared_ptr<const image::BaseImage>& input,
+                          const boost::shared_ptr<image::BaseImage>& output, std::uint32_t halfSize);
 
 /// The tables as kernels read them; fails when they do not fit the margins of the window.
 BoolResult makeBilateralParameters(const attr::Floats& space, const attr::Floats& range, double scale,

@@ -101,8 +101,6 @@ inline void filterWindows(const processor::ProcessingInfo& info, Chunk filter) {
         [&](ptrdiff_t y, ptrdiff_t z) {
           for (ptrdiff_t i = 0; i < l.lineCount; ++i)
             ordered[i] = lines + l.lineOf(y - l.source.marginBefore[1] + i % l.knlY, i / l.knlY) * l.pitch;
-          if (l.count == 1)  // whatever its weight
-            return info.storers[0](info.targets[0], lines, l.source.begin[0], y, z, l.width);
           for (ptrdiff_t x = 0; x < l.width; x += chunk) {
             filter(results + x, ordered, smaller(chunk, l.width - x), l);
             for (ptrdiff_t i = 0; i < l.lineCount; ++i) ordered[i] += chunk;

@@ -52,6 +52,9 @@ private:
 /// negative one counts as positive, but gives h = 0 when h is derived from it.
 /// In place, the slices that strips read from each other are saved first, and each thread holds the results
 /// of a strip, at least four slices: up to the memory of another image.
+/// The range of the whole image sets the bins: a float image with an infinity, or a value far beyond the
+/// others, has them too wide to tell those apart. Deviations too small or too large for their squares count
+/// as 0 or as infinite. Memory of a thread: the rows of the window as floats, of all its slices.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, h is too large or the window has
 /// more than 268435456 voxels, the sizes of the output differ, the output overlaps the input without being

@@ -30,6 +30,8 @@ private:
 ///
 /// The map of a plane that is constant in an image is 0. The map is computed in single precision; means and
 /// deviations in double.
+/// A NaN or an infinity makes the map of its plane NaN. Where products of single precision overflow (values
+/// over 1e19) or vanish (deviations under 1e-22), the map is NaN, respectively 0.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, sizes differ, the output is not
 /// float32 or overlaps an input without being the same image. The output is then untouched.

@@ -53,13 +53,15 @@ private:
 /// than 65536 levels, and for float32, into 65536 bins over the range of the whole image. Sums are taken in
 /// single precision: 32-bit integers over 2^24 are rounded to it. A sample next to NaN becomes NaN, or 0 in
 /// an integer output, which the passes that follow find there; an infinity spoils those that it weighs on.
-/// With h = 0 samples are as they are, converted. A space deviation of 0 does the same; a range deviation of
-/// 0 makes the mean of equal samples only. NaN deviations give NaN, respectively ignore values. A negative
-/// deviation counts as positive, but gives h = 0 when h is derived from it.
+/// With h = 0 samples are as they are, converted. A space deviation of 0 leaves the pixel alone with its
+/// weight; a range deviation of 0 makes the mean of equal samples only. NaN deviations give NaN, respectively
+/// ignore values. A negative deviation counts as positive, but gives h = 0 when h is derived from it. The
+/// range of the whole image sets the bins: a float image with an infinity, or a value far beyond the others,
+/// has them too wide to tell those apart. Deviations too small or too large for their squares count as 0 or
+/// as infinite. Memory of a thread: the rows of a walk as floats.
 ///
-/// Throws an exception derived from vexo::BaseException: an image is null, h is too large or the window has
-/// more than 268435456 pixels, the sizes of the output differ, the output overlaps the input without being
-/// the same image. The output is then untouched.
+/// Throws an exception derived from vexo::BaseException: an image is null, h is too large, the sizes of the
+/// output differ, the output overlaps the input without being the same image. The output is then untouched.
 VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral2dImg(
