@@ -1,5 +1,5 @@
-// The bilateral filters. Our window is the full square, the peer's a disc: 25 and 13 places for half 2, 121 and 81 for
-// half 5; bench/README.md gives the ratios per place too.
+// The bilateral filters. Our window is the full square, the peer's a disc: 25 and 13 places for half 2, 121
+// and 81 for half 5; bench/README.md gives the ratios per place too.
 #include "Bench.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLvl1.h"

@@ -186,10 +186,11 @@ TEST(MedianChoiceReasons, AreFactsAboutTheCall) {
   EXPECT_EQ(reasons(U8, 255, 9, {1, 1}, false), "both half sizes are 1\n");
   EXPECT_EQ(reasons(U8, 255, 999, {1, 2}, false),
             measured + "the range 0 to 255 fits 256 levels, and the image is 999 columns wide, under 1000\n");
-  EXPECT_EQ(reasons(U16, 256, 1000, {1, 2}, false),
-            measured +
-                "the range 0 to 256 fits 256 levels, which its 257 values share, and the image is 1000 columns "
-                "wide, over 999\n");
+  EXPECT_EQ(
+      reasons(U16, 256, 1000, {1, 2}, false),
+      measured +
+          "the range 0 to 256 fits 256 levels, which its 257 values share, and the image is 1000 columns "
+          "wide, over 999\n");
   EXPECT_EQ(reasons(U16, 257, 9, {1, 2}, false),
             measured + "the range 0 to 257 does not fit 256 levels, and compression is not allowed\n");
   EXPECT_EQ(reasons(F32, 10, 9, {1, 2}, false),

@@ -24,8 +24,8 @@ struct SweepLayout : WindowLines {
         end(results + pitch) {}
 };
 
-/// 256 counters of levels and 16 of their groups. As they are counted one at a time, their width makes no difference to
-/// the time: two widths serve all windows.
+/// 256 counters of levels and 16 of their groups. As they are counted one at a time, their width makes no
+/// difference to the time: two widths serve all windows.
 template <class C>
 class Histogram {
 public:
