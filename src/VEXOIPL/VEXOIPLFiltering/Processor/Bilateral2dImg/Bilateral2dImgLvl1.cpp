@@ -17,11 +17,6 @@ using CallWithHalf = processor::CallForms<Bilateral2dImgLvl1, attr::OutImg, attr
 
 }  // namespace
 
-void Bilateral2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
 processor::RulePtr Bilateral2dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>()) &&
          bilateralRule(*this, eBilateralWindow::Square);

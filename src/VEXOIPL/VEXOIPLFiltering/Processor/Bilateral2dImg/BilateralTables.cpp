@@ -4,26 +4,12 @@
 #include <cmath>
 #include <limits>
 
+#include "VEXOIPL/VEXOIPLFiltering/ToSample.h"
 #include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLvl1.h"
 #include "VEXOProcessing/Call.h"
 
 namespace vexo::imaproc::filter {
 namespace {
-
-/// A value as a sample of another type: integers are limited to the type and round half away from zero; NaN
-/// is 0.
-template <class TOut, class TIn>
-TOut toSample(TIn value) {
-  using Limits = std::numeric_limits<TOut>;
-  if constexpr (!Limits::is_integer || std::is_same_v<TIn, TOut>) {
-    return static_cast<TOut>(value);
-  } else {
-    const auto wide = static_cast<double>(value);
-    if (std::isnan(wide)) return 0;
-    return static_cast<TOut>(std::clamp(std::round(wide), static_cast<double>(Limits::lowest()),
-                                        static_cast<double>(Limits::max())));
-  }
-}
 
 struct Bins {
   std::size_t count;

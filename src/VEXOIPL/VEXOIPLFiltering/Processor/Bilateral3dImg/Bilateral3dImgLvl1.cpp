@@ -17,11 +17,6 @@ using CallWithHalf = processor::CallForms<Bilateral3dImgLvl1, attr::OutImg, attr
 
 }  // namespace
 
-void Bilateral3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
 processor::RulePtr Bilateral3dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&
          bilateralRule(*this, eBilateralWindow::Cube);

@@ -11,10 +11,6 @@ const processor::ProcessorRegistrator<Bilateral3dImgLvl2> registrator;
 
 }  // namespace
 
-processor::RulePtr Bilateral3dImgLvl2::createRule() const {
-  return matchSize(accessAttribute<attr::InSubImg3d>(), accessAttribute<attr::OutImg>());
-}
-
 // In place the results of a strip stay in a buffer of its own until all of it has been read: the slices of a
 // window are loaded again for each slice.
 BoolResult Bilateral3dImgLvl2::retrieveProvider(const core::BasePriority& priority,

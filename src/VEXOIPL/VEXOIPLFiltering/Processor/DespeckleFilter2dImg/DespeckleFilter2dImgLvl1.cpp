@@ -13,24 +13,15 @@ const processor::ProcessorRegistrator<DespeckleFilter2dImgLvl1> registrator;
 
 }  // namespace
 
-void DespeckleFilter2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
 processor::RulePtr DespeckleFilter2dImgLvl1::createRule() const {
   return matchSizeAndType(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
 }
 
 BoolResult DespeckleFilter2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                       boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = DespeckleFilter2dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
-      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
-      processor::staticNoSplit<Next, attr::InFactor>(getStorage<attr::InFactor>()));
+  provider =
+      dispatchPlanes<DespeckleFilter2dImgLvl2, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InFactor>(
+          priority, *this, getStorage<attr::InImg>());
   return true;
 }
 

@@ -14,11 +14,6 @@ const processor::ProcessorRegistrator<GaussianSmoothing2dImgLvl1> registrator;
 
 }  // namespace
 
-void GaussianSmoothing2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
 // The kernel builder refuses the same values, but only when the output exists already.
 processor::RulePtr GaussianSmoothing2dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>()) &&

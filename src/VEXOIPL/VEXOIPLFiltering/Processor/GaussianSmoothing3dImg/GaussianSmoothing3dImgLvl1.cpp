@@ -14,11 +14,6 @@ const processor::ProcessorRegistrator<GaussianSmoothing3dImgLvl1> registrator;
 
 }  // namespace
 
-void GaussianSmoothing3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
 // The kernel builder refuses the same values, but only when the output exists already.
 processor::RulePtr GaussianSmoothing3dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&

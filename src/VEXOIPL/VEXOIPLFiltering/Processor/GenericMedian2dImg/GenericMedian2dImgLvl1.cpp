@@ -13,23 +13,10 @@ const processor::ProcessorRegistrator<GenericMedian2dImgLvl1> registrator;
 
 }  // namespace
 
-void GenericMedian2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
-processor::RulePtr GenericMedian2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
-}
-
 BoolResult GenericMedian2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = GenericMedian2dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
-      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()));
+  provider = dispatchPlanes<GenericMedian2dImgLvl2, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY>(
+      priority, *this, getStorage<attr::InImg>());
   return true;
 }
 

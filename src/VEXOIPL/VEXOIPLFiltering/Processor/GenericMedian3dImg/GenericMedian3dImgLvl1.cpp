@@ -13,24 +13,10 @@ const processor::ProcessorRegistrator<GenericMedian3dImgLvl1> registrator;
 
 }  // namespace
 
-void GenericMedian3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
-processor::RulePtr GenericMedian3dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
-}
-
 BoolResult GenericMedian3dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = GenericMedian3dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::InImg3d>()),
-      volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeZ>(getStorage<attr::InHalfKnlSizeZ>()));
+  provider = dispatchVolumes<GenericMedian3dImgLvl2, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                             attr::InHalfKnlSizeZ>(priority, *this, getStorage<attr::InImg3d>());
   return true;
 }
 

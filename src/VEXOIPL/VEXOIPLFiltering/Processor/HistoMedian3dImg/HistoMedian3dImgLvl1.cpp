@@ -16,25 +16,11 @@ using Call = processor::CallForms<HistoMedian3dImgLvl1, attr::OutImg, attr::InIm
 
 }  // namespace
 
-void HistoMedian3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
-processor::RulePtr HistoMedian3dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
-}
-
 BoolResult HistoMedian3dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                   boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = HistoMedian3dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::InImg3d>()),
-      volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeZ>(getStorage<attr::InHalfKnlSizeZ>()),
-      processor::staticNoSplit<Next, attr::InInputRange>(getStorage<attr::InInputRange>()));
+  provider =
+      dispatchVolumes<HistoMedian3dImgLvl2, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ,
+                      attr::InInputRange>(priority, *this, getStorage<attr::InImg3d>());
   return true;
 }
 

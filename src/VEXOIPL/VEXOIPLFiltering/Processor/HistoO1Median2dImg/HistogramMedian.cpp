@@ -5,19 +5,10 @@
 #include <cstring>
 #include <limits>
 
+#include "VEXOIPL/VEXOIPLFiltering/ToSample.h"
+
 namespace vexo::imaproc::filter {
 namespace {
-
-/// A value as a sample: integers saturate, and round half away from zero.
-template <class T>
-T toSample(double value) {
-  using Limits = std::numeric_limits<T>;
-  if constexpr (!Limits::is_integer)
-    return static_cast<T>(value);
-  else
-    return static_cast<T>(std::clamp(std::round(value), static_cast<double>(Limits::lowest()),
-                                     static_cast<double>(Limits::max())));
-}
 
 template <class TIn>
 LevelMap mapOf(double minimum, double maximum, image::eImageBufferType output) {

@@ -16,24 +16,10 @@ using Call = processor::CallForms<HistoO1MedianXStrip2dImgLvl1, attr::OutImg, at
 
 }  // namespace
 
-void HistoO1MedianXStrip2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
-processor::RulePtr HistoO1MedianXStrip2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
-}
-
 BoolResult HistoO1MedianXStrip2dImgLvl1::retrieveProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = HistoO1MedianXStrip2dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
-      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
-      processor::staticNoSplit<Next, attr::InInputRange>(getStorage<attr::InInputRange>()));
+  provider = dispatchPlanes<HistoO1MedianXStrip2dImgLvl2, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                            attr::InInputRange>(priority, *this, getStorage<attr::InImg>());
   return true;
 }
 

@@ -11,10 +11,6 @@ const processor::ProcessorRegistrator<HistoO1MedianXStrip2dImgLvl2> registrator;
 
 }  // namespace
 
-processor::RulePtr HistoO1MedianXStrip2dImgLvl2::createRule() const {
-  return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-}
-
 // In place the output needs no buffer of its own: the kernel loads every row of its strip before it writes
 // over it.
 BoolResult HistoO1MedianXStrip2dImgLvl2::retrieveProvider(

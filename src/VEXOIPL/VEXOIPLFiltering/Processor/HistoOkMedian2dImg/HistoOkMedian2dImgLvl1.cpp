@@ -16,24 +16,11 @@ using Call = processor::CallForms<HistoOkMedian2dImgLvl1, attr::OutImg, attr::In
 
 }  // namespace
 
-void HistoOkMedian2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
-processor::RulePtr HistoOkMedian2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
-}
-
 BoolResult HistoOkMedian2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = HistoOkMedian2dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
-      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
-      processor::staticNoSplit<Next, attr::InInputRange>(getStorage<attr::InInputRange>()));
+  provider =
+      dispatchPlanes<HistoOkMedian2dImgLvl2, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InInputRange>(
+          priority, *this, getStorage<attr::InImg>());
   return true;
 }
 

@@ -11,10 +11,6 @@ const processor::ProcessorRegistrator<HistoOkMedian2dImgLvl2> registrator;
 
 }  // namespace
 
-processor::RulePtr HistoOkMedian2dImgLvl2::createRule() const {
-  return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-}
-
 // In place the output needs no buffer of its own: the kernel loads every row of its strip before it writes
 // over it.
 BoolResult HistoOkMedian2dImgLvl2::retrieveProvider(const core::BasePriority& priority,

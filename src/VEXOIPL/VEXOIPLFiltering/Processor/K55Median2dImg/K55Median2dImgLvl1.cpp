@@ -13,21 +13,9 @@ const processor::ProcessorRegistrator<K55Median2dImgLvl1> registrator;
 
 }  // namespace
 
-void K55Median2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
-processor::RulePtr K55Median2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
-}
-
 BoolResult K55Median2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
                                                 boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = K55Median2dImgLvl2;
-  provider =
-      processor::dispatchPieces<Next>(priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
-                                      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()));
+  provider = dispatchPlanes<K55Median2dImgLvl2>(priority, *this, getStorage<attr::InImg>());
   return true;
 }
 

@@ -11,10 +11,6 @@ const processor::ProcessorRegistrator<K55Median2dImgLvl2> registrator;
 
 }  // namespace
 
-processor::RulePtr K55Median2dImgLvl2::createRule() const {
-  return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-}
-
 // In place the output needs no buffer of its own: the kernel loads every row of its strip before it writes
 // over it.
 BoolResult K55Median2dImgLvl2::retrieveProvider(const core::BasePriority& priority,

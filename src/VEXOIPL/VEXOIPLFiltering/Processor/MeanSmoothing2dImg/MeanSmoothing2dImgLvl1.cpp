@@ -16,17 +16,6 @@ const processor::ProcessorRegistrator<MeanSmoothing2dImgLvl1> registrator;
 
 }  // namespace
 
-// How an output that the caller did not give is made.
-void MeanSmoothing2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
-// What must hold before a run, besides what the frame checks for every processor (mandatory inputs, overlap).
-processor::RulePtr MeanSmoothing2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
-}
-
 // What explain() tells of a run before it. During the run each choice is recorded where it is made.
 processor::ChoiceColl MeanSmoothing2dImgLvl1::foreseeChoices() const {
   return {getStorage<attr::InImg>()->isGpuImage()
@@ -60,12 +49,8 @@ BoolResult MeanSmoothing2dImgLvl1::retrieveProvider(const core::BasePriority& pr
     provider = convolveOnGpu(*this, priority);
     return true;
   }
-  using Next = MeanSmoothing2dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
-      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()));
+  provider = dispatchPlanes<MeanSmoothing2dImgLvl2, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY>(
+      priority, *this, getStorage<attr::InImg>());
   return true;
 }
 

@@ -11,11 +11,6 @@ const processor::ProcessorRegistrator<MeanSmoothing2dImgLvl2> registrator;
 
 }  // namespace
 
-// Level 2 may also be run by itself, by name.
-processor::RulePtr MeanSmoothing2dImgLvl2::createRule() const {
-  return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-}
-
 // In place, the margins of each strip are saved before the first strip starts. The output needs no buffer of
 // its own: the kernel loads every row of its strip before it writes over it.
 BoolResult MeanSmoothing2dImgLvl2::retrieveProvider(const core::BasePriority& priority,

@@ -14,11 +14,6 @@ const processor::ProcessorRegistrator<MeanSmoothing2dMaskImgLvl1> registrator;
 
 }  // namespace
 
-void MeanSmoothing2dMaskImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
 processor::RulePtr MeanSmoothing2dMaskImgLvl1::createRule() const {
   return logic::matchMask(accessAttribute<attr::InImg>(), accessAttribute<attr::InMaskImg>()) &&
          matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());

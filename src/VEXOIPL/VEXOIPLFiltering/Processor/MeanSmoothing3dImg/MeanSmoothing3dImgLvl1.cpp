@@ -16,15 +16,6 @@ const processor::ProcessorRegistrator<MeanSmoothing3dImgLvl1> registrator;
 
 }  // namespace
 
-void MeanSmoothing3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
-processor::RulePtr MeanSmoothing3dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
-}
-
 processor::ChoiceColl MeanSmoothing3dImgLvl1::foreseeChoices() const {
   return {getStorage<attr::InImg3d>()->isGpuImage()
               ? processor::choiceOf<Convolution3dImgLvl2>("the image is in the memory of the GPU")

@@ -16,11 +16,6 @@ const processor::ProcessorRegistrator<MeanSmoothing3dMaskImgLvl1> registrator;
 
 }  // namespace
 
-void MeanSmoothing3dMaskImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
 processor::RulePtr MeanSmoothing3dMaskImgLvl1::createRule() const {
   return logic::matchMask(accessAttribute<attr::InImg3d>(), accessAttribute<attr::InBinImg3d>()) &&
          matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&

@@ -20,15 +20,6 @@ constexpr std::size_t widestUncut = 999;
 
 }  // namespace
 
-void Median2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                     accessAttribute<attr::InImg>());
-}
-
-processor::RulePtr Median2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
-}
-
 processor::ChoiceColl Median2dImgLvl1::foreseeChoices() const {
   const Step first = chooseByHalfSizes();
   if (first.make != &Median2dImgLvl1::statsMsr) return {first.choice};

@@ -14,15 +14,6 @@ const processor::ProcessorRegistrator<Median3dImgLvl1> registrator;
 
 }  // namespace
 
-void Median3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
-processor::RulePtr Median3dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>());
-}
-
 processor::ChoiceColl Median3dImgLvl1::foreseeChoices() const {
   const Step first = chooseByHalfSizes();
   if (first.make != &Median3dImgLvl1::statsMsr) return {first.choice};

@@ -11,10 +11,6 @@ const processor::ProcessorRegistrator<SeparatedBilateral2dImgLvl2> registrator;
 
 }  // namespace
 
-processor::RulePtr SeparatedBilateral2dImgLvl2::createRule() const {
-  return matchSize(accessAttribute<attr::InSubImg2d>(), accessAttribute<attr::OutImg>());
-}
-
 BoolResult SeparatedBilateral2dImgLvl2::retrieveFirstProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
   const std::uint32_t half = getStorage<attr::InHalfKnlSize>();

@@ -17,11 +17,6 @@ using CallWithHalf = processor::CallForms<SeparatedBilateral3dImgLvl1, attr::Out
 
 }  // namespace
 
-void SeparatedBilateral3dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = duplicateInOut<attr::InImg3d, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                       accessAttribute<attr::InImg3d>());
-}
-
 processor::RulePtr SeparatedBilateral3dImgLvl1::createRule() const {
   return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&
          bilateralRule(*this, eBilateralWindow::Walk);

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 2, one volume: a pass along each axis, the first from the input into the output, the others in place
 /// on the output.
 class VEXO_API SeparatedBilateral3dImgLvl2 final
-    : public processor::ProcessorClass<SeparatedBilateral3dImgLvl2, processor::BaseAsync3Processor> {
+    : public FilterClass<SeparatedBilateral3dImgLvl2, processor::BaseAsync3Processor, attr::InSubImg3d> {
 public:
   using Attributes =
       processor::AttributeList<attr::InSubImg3d, attr::OutImg, attr::InScaleFactor,
@@ -18,7 +17,6 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral3dImgLvl2;
 
 private:
-  processor::RulePtr createRule() const override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
   BoolResult retrieveSecondProvider(const core::BasePriority& priority,

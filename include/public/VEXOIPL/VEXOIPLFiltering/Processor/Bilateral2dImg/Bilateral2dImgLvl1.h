@@ -1,8 +1,7 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::attr {
 class StatsResult;
@@ -13,14 +12,13 @@ namespace vexo::imaproc::filter {
 /// Level 1, the whole image: measures the range of its values, makes the tables of weights, sends each plane
 /// to level 2.
 class VEXO_API Bilateral2dImgLvl1 final
-    : public processor::ProcessorClass<Bilateral2dImgLvl1, processor::BaseAsync3Processor> {
+    : public FilterClass<Bilateral2dImgLvl1, processor::BaseAsync3Processor, attr::InImg> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InSpaceSigma, attr::InRangeSigma,
                                               attr::InOptHalfKnlSize, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::Bilateral2dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;

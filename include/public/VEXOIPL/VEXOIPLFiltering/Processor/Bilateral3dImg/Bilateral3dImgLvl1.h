@@ -1,8 +1,7 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::attr {
 class StatsResult;
@@ -13,14 +12,13 @@ namespace vexo::imaproc::filter {
 /// Level 1, the whole image: measures the range of its values, makes the tables of weights, sends each volume
 /// to level 2.
 class VEXO_API Bilateral3dImgLvl1 final
-    : public processor::ProcessorClass<Bilateral3dImgLvl1, processor::BaseAsync3Processor> {
+    : public FilterClass<Bilateral3dImgLvl1, processor::BaseAsync3Processor, attr::InImg3d> {
 public:
   using Attributes = processor::AttributeList<attr::InImg3d, attr::InSpaceSigma, attr::InRangeSigma,
                                               attr::InOptHalfKnlSize, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::Bilateral3dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
@@ -33,32 +31,13 @@ private:
   boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
 };
 
-/// Bilateral filter: smooths, but not across edges. Each voxel becomes the mean of the (2 h + 1)^3 voxels
-/// around it, weighted by two Gaussians: of the distance, exp(-d^2 / (2 spaceSigma^2)), and of the difference
-/// v - c to its own value, exp(-(v - c)^2 / (2 rangeSigma^2)) (Tomasi and Manduchi, 1998). Those outside the
-/// image are those of the mirrored image (the edge voxel is repeated). Each volume of a multi-channel image
-/// or of a time series is filtered on its own.
+/// bilateral2dImg in volumes: the window has (2 h + 1)^3 voxels, deviations and h are in voxels, and each
+/// volume of a multi-channel image or of a time series is filtered on its own. Types, ranges, NaN, deviations
+/// that leave no weight and failures are those of bilateral2dImg.
 ///
-/// inImg: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes; it
-/// may be the input itself. Without it the result has the input's sizes and type. Integer outputs are rounded
-/// half away from zero and limited to the type. inHalfKnlSize: h, in voxels, up to 32767; 0, or without
-/// it: 1.5 spaceSigma, rounded. inSpaceSigma: in voxels; inRangeSigma: in units of the samples.
-///
-/// Both Gaussians are tables, made once. Differences fall into bins of one grey level; over a range of more
-/// than 65536 levels, and for float32, into 65536 bins over the range of the whole image. Sums are taken in
-/// single precision: 32-bit integers over 2^24 are rounded to it. A window that holds NaN gives NaN, 0 in
-/// integer outputs; one that holds an infinity gives NaN or an infinity. With h = 0 samples are as they are,
-/// converted. Otherwise a deviation of 0 or NaN leaves nothing to divide: NaN, 0 in integer outputs. A
-/// negative one counts as positive, but gives h = 0 when h is derived from it.
 /// In place, the slices that strips read from each other are saved first, and each thread holds the results
-/// of a strip, at least four slices: up to the memory of another image.
-/// The range of the whole image sets the bins: a float image with an infinity, or a value far beyond the
-/// others, has them too wide to tell those apart. Deviations too small or too large for their squares count
-/// as 0 or as infinite. Memory of a thread: the rows of the window as floats, of all its slices.
-///
-/// Throws an exception derived from vexo::BaseException: an image is null, h is too large or the window has
-/// more than 268435456 voxels, the sizes of the output differ, the output overlaps the input without being
-/// the same image. The output is then untouched.
+/// of a strip, at least four slices: up to the memory of another image. Memory of a thread besides: the rows
+/// of the window as floats, of all its slices.
 VEXO_API boost::shared_ptr<image::BaseImage> bilateral3dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<image::BaseImage> bilateral3dImg(

@@ -1,21 +1,19 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 class VEXO_API DespeckleFilter2dImgLvl1 final
-    : public processor::ProcessorClass<DespeckleFilter2dImgLvl1, processor::BaseAsync1Processor> {
+    : public FilterClass<DespeckleFilter2dImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::InFactor, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::DespeckleFilter2dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
   BoolResult retrieveProvider(const core::BasePriority& priority,
                               boost::shared_ptr<core::BaseActionProvider>& provider) override;

@@ -1,22 +1,20 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: makes one kernel for each axis and has the convolution apply them one after the
 /// other, the first from the input into the output, the others in place on the output.
 class VEXO_API GaussianSmoothing2dImgLvl1 final
-    : public processor::ProcessorClass<GaussianSmoothing2dImgLvl1, processor::BaseAsync2Processor> {
+    : public FilterClass<GaussianSmoothing2dImgLvl1, processor::BaseAsync2Processor, attr::InImg> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InStdDevX, attr::InStdDevY,
                                               attr::InOptSmoothingGaussianCoverage, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::GaussianSmoothing2dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
   BoolResult preProcess() override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: makes one kernel for each axis and has the convolution apply them one after the
 /// other, the first from the input into the output, the others in place on the output.
 class VEXO_API GaussianSmoothing3dImgLvl1 final
-    : public processor::ProcessorClass<GaussianSmoothing3dImgLvl1, processor::BaseAsync3Processor> {
+    : public FilterClass<GaussianSmoothing3dImgLvl1, processor::BaseAsync3Processor, attr::InImg3d> {
 public:
   using Attributes =
       processor::AttributeList<attr::InImg3d, attr::InStdDevX, attr::InStdDevY, attr::InStdDevZ,
@@ -17,7 +16,6 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::GaussianSmoothing3dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
   BoolResult preProcess() override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,

@@ -1,50 +1,26 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 class VEXO_API HistoO1MedianXStrip2dImgLvl1 final
-    : public processor::ProcessorClass<HistoO1MedianXStrip2dImgLvl1, processor::BaseAsync1Processor> {
+    : public FilterClass<HistoO1MedianXStrip2dImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::InInputRange, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::HistoO1MedianXStrip2dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
-  processor::RulePtr createRule() const override;
   BoolResult retrieveProvider(const core::BasePriority& priority,
                               boost::shared_ptr<core::BaseActionProvider>& provider) override;
 };
 
-/// Median by histograms, in constant time per pixel, for wide images: each pixel becomes
-/// the middle one of the (2 halfX + 1) x (2 halfY + 1) pixels around it in order of value. Those outside
-/// the image are those of the mirrored image (the edge pixel is repeated). Each plane of a volume, of a
-/// multi-channel image or of a time series is filtered on its own.
-///
-/// inImg: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes; it
-/// may be the input itself. Without it the result has the input's sizes and type. inHalfKnlSizeX,
-/// inHalfKnlSizeY: in pixels, from 0 to 32767. inInputRange: the range of the samples, minimum <= maximum;
-/// for integers both are truncated towards 0, an infinite one stands for the largest float.
-///
-/// Samples are counted in 256 levels. Over a range of up to 255 integers have a level each, and the result is
-/// the median, exactly. Over a larger one, and for float32, a level is (sample - minimum) * 256 / (maximum -
-/// minimum + 1), truncated, and the result the lower edge of the median's level, minimum + level * (maximum -
-/// minimum + 1) / 256, for integers truncated: it differs from the median by less than a level. Samples
-/// outside the range count in the nearest level, NaN in the lowest. The result is converted to the output's
-/// type: it saturates in integer outputs, a fraction is rounded half away from zero.
-///
-/// The image is cut into bands of columns, so that the histograms of a band stay in the caches however wide
-/// it is. The time per pixel does not grow with the window; the memory of a thread does, with its rows and
-/// columns.
-///
-/// Throws an exception derived from vexo::BaseException: an image or the range is null, the range is reversed
-/// or NaN, a half size is too large, the sizes of the output differ, the output overlaps the input without
-/// being the same image. The output is then untouched.
+/// histoO1Median2dImg, with the same result, for wide images: they are cut into bands of columns, so that the
+/// histograms of a band stay in the caches however wide the image is. Types, ranges, levels and failures are
+/// those of histoO1Median2dImg.
 VEXO_API boost::shared_ptr<image::BaseImage> histoO1MedianXStrip2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange);

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 // The mean filter is the example that the other filters follow; its sources explain what each piece is for.
 
@@ -11,17 +10,17 @@ namespace vexo::imaproc::filter {
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 ///
 /// Everything that can be deduced from the two lines below (creation, copy, serial form, description, command
-/// line) is supplied by ProcessorClass.
+/// line) is supplied by ProcessorClass; that OutImg has the sizes of InImg, and is made like it when the
+/// caller gives none, by FilterClass. A filter that wants it otherwise overrides createRule() or
+/// initOutputs().
 class VEXO_API MeanSmoothing2dImgLvl1 final
-    : public processor::ProcessorClass<MeanSmoothing2dImgLvl1, processor::BaseAsync1Processor> {
+    : public FilterClass<MeanSmoothing2dImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::OutImg, attr::OutOptWk1RealGpuImg>;
   static constexpr auto toolTipId = eProcessorMessage::MeanSmoothing2dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
-  processor::RulePtr createRule() const override;
   processor::ChoiceColl foreseeChoices() const override;
   BoolResult retrieveProvider(const core::BasePriority& priority,
                               boost::shared_ptr<core::BaseActionProvider>& provider) override;

@@ -1,22 +1,19 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1: smooths each slice into the output, then the output along Z.
 class VEXO_API MeanSmoothing3dImgLvl1 final
-    : public processor::ProcessorClass<MeanSmoothing3dImgLvl1, processor::BaseAsync2Processor> {
+    : public FilterClass<MeanSmoothing3dImgLvl1, processor::BaseAsync2Processor, attr::InImg3d> {
 public:
   using Attributes = processor::AttributeList<attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::InHalfKnlSizeZ, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::MeanSmoothing3dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
-  processor::RulePtr createRule() const override;
   processor::ChoiceColl foreseeChoices() const override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;

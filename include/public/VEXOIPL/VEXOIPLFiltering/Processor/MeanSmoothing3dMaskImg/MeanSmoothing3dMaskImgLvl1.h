@@ -1,21 +1,19 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each volume to level 2.
 class VEXO_API MeanSmoothing3dMaskImgLvl1 final
-    : public processor::ProcessorClass<MeanSmoothing3dMaskImgLvl1, processor::BaseAsync1Processor> {
+    : public FilterClass<MeanSmoothing3dMaskImgLvl1, processor::BaseAsync1Processor, attr::InImg3d> {
 public:
   using Attributes = processor::AttributeList<attr::InImg3d, attr::InBinImg3d, attr::InHalfKnlSizeX,
                                               attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::MeanSmoothing3dMaskImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
   BoolResult retrieveProvider(const core::BasePriority& priority,
                               boost::shared_ptr<core::BaseActionProvider>& provider) override;

@@ -2,8 +2,7 @@
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 #include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
@@ -12,7 +11,7 @@ struct LevelUse;
 /// Level 1: computes nothing itself, but runs the median that is fastest for the window and the samples;
 /// where the range of the samples decides, it measures that first. explain() tells which and why.
 class VEXO_API Median3dImgLvl1 final
-    : public processor::ProcessorClass<Median3dImgLvl1, processor::BaseRepeatedAsync1Processor> {
+    : public FilterClass<Median3dImgLvl1, processor::BaseRepeatedAsync1Processor, attr::InImg3d> {
 public:
   using Attributes =
       processor::AttributeList<attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
@@ -27,8 +26,6 @@ private:
     Provider (Median3dImgLvl1::*make)();
   };
 
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
-  processor::RulePtr createRule() const override;
   processor::ChoiceColl foreseeChoices() const override;
   std::size_t getRepetitionCount() const override { return 2; }
   BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t step,

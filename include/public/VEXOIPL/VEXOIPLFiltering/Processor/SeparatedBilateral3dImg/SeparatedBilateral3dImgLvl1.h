@@ -1,8 +1,7 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::attr {
 class StatsResult;
@@ -13,14 +12,13 @@ namespace vexo::imaproc::filter {
 /// Level 1, the whole image: measures the range of its values, makes the tables of weights, sends each volume
 /// to level 2.
 class VEXO_API SeparatedBilateral3dImgLvl1 final
-    : public processor::ProcessorClass<SeparatedBilateral3dImgLvl1, processor::BaseAsync3Processor> {
+    : public FilterClass<SeparatedBilateral3dImgLvl1, processor::BaseAsync3Processor, attr::InImg3d> {
 public:
   using Attributes = processor::AttributeList<attr::InImg3d, attr::InSpaceSigma, attr::InRangeSigma,
                                               attr::InOptHalfKnlSize, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral3dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
@@ -33,35 +31,9 @@ private:
   boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
 };
 
-/// Separated bilateral filter: passes along X, Y and Z, one after the other, in place of the whole window of
-/// bilateral3dImg: its time grows with the half size, not with the window. In a pass each voxel becomes the
-/// weighted mean of itself, with weight 1, and of the h voxels to each side. They are weighted by a Gaussian
-/// of the distance, exp(-d^2 / (2 spaceSigma^2)), and by the least weight of the differences v - c met on the
-/// way to them, exp(-(v - c)^2 / (2 rangeSigma^2)): what lies behind an edge counts little, also where it has
-/// the value of the centre again. Voxels outside the image are those of the mirrored image (the edge voxel is
-/// repeated). Each volume of a multi-channel image or of a time series is filtered on its own.
-///
-/// inImg: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes; it
-/// may be the input itself. Without it the result has the input's sizes and type. Integer outputs are rounded
-/// half away from zero and limited to the type. inHalfKnlSize: h, in voxels, up to 32767; 0, or without
-/// it: 1.5 spaceSigma, rounded. inSpaceSigma: in voxels; inRangeSigma: in units of the samples.
-///
-/// An integer output holds the result of one pass before the next: each is rounded half away from zero and
-/// limited to the type.
-///
-/// Both Gaussians are tables, made once. Differences fall into bins of one grey level; over a range of more
-/// than 65536 levels, and for float32, into 65536 bins over the range of the whole image. Sums are taken in
-/// single precision: 32-bit integers over 2^24 are rounded to it. A sample next to NaN becomes NaN, or 0 in
-/// an integer output, which the passes that follow find there; an infinity spoils those that it weighs on.
-/// With h = 0 samples are as they are, converted. A space deviation of 0 leaves the pixel alone with its
-/// weight; a range deviation of 0 makes the mean of equal samples only. NaN deviations give NaN, respectively
-/// ignore values. A negative deviation counts as positive, but gives h = 0 when h is derived from it. The
-/// range of the whole image sets the bins: a float image with an infinity, or a value far beyond the others,
-/// has them too wide to tell those apart. Deviations too small or too large for their squares count as 0 or
-/// as infinite. Memory of a thread: the rows of a walk as floats.
-///
-/// Throws an exception derived from vexo::BaseException: an image is null, h is too large, the sizes of the
-/// output differ, the output overlaps the input without being the same image. The output is then untouched.
+/// separatedBilateral2dImg in volumes: passes along X, Y and Z; deviations and h are in voxels, and each
+/// volume of a multi-channel image or of a time series is filtered on its own. Types, ranges, NaN, deviations
+/// that leave no weight, rounding between passes and failures are those of separatedBilateral2dImg.
 VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral3dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral3dImg(
