@@ -145,6 +145,8 @@ bool convertSingleSamples(const boost::shared_ptr<const image::BaseImage>& input
 BoolResult makeBilateralParameters(const attr::Floats& space, const attr::Floats& range, double scale,
                                    const image::StripMargins& margins, bool walk,
                                    BilateralParameters& parameters) {
+  if (!std::equal(margins.before, margins.before + 3, margins.after))
+    return BoolResult::failure("the margins of a strip are not the same on both sides");
   std::size_t places = 1;
   for (int axis = 0; axis < 3; ++axis)
     places *= walk ? 1 + margins.after[axis] : 1 + margins.before[axis] + margins.after[axis];

@@ -10,9 +10,6 @@ class VEXO_API Bilateral2dImgLvl3 final
     : public BilateralLvl3<Bilateral2dImgLvl3, attr::InKnlYStrip2d, attr::OutYStrip2d> {
 public:
   static constexpr auto toolTipId = eProcessorMessage::Bilateral2dImgLvl3;
-
-  /// A row is much work.
-  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {16, 4}; }
 };
 
 }  // namespace vexo::imaproc::filter

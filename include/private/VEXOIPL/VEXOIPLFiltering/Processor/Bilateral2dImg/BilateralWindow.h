@@ -1,132 +1,197 @@
 #pragma once
 
 // Bilateral filter: the mean of a window, weighted by the distance in space and in value from its centre.
-// Sums run over the window row by row, for many pixels of a row at once.
+// Two samples weigh as much for one another as the other way round, so range weights are looked up once per
+// pair: a row meets each row of its window that follows it, and both take what the other adds to their sums.
+// Rows meet in the order of the image, so each row's sums grow in the order of its window.
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/RangeWeights.h"
-#include "VEXOProcessing/Kernel/Integers.h"
+#include "VEXOImage/StripView.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
-#include "VEXOProcessing/Kernel/WindowLines.h"
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
 
-constexpr ptrdiff_t chunk = 256;  ///< pixels that are summed at once
+constexpr ptrdiff_t chunk = 256;  ///< pixels of two rows that meet at once
+constexpr ptrdiff_t summedAtOnce = 4 * lanesOf<FloatV>;
+static_assert(chunk % summedAtOnce == 0, "sums of a chunk are no part of the next");
 
-/// Lines of floats in scratch memory, pointers to them in the order of the window, and a line of results.
-struct BilateralLayout : WindowLines {
-  ptrdiff_t pitch;
-  size_t lines, results, end;  ///< bytes
+/// Rows of the strip and its margins, numbered slice by slice. Scratch memory holds those that a row meets,
+/// in turn: the samples of each, and what its pixels have summed up so far.
+struct BilateralLayout {
+  const image::StripSource& source;
+  ptrdiff_t halfX, halfY, halfZ, width;
+  ptrdiff_t rowsPerSlice, held;  ///< rows: of a slice, in memory
+  ptrdiff_t columns;             ///< that are filtered from the first row to the last
+  ptrdiff_t samplePitch, sumPitch, rowSize, weightPitch;  ///< floats
+  size_t weights, results, end;                           ///< bytes
 
-  explicit BilateralLayout(const image::StripSource& s)
-      : WindowLines(s),
-        pitch(roundUp(width, chunk) + roundUp(knlX, 16)),  // whole chunks are read
-        lines(size_t(roundUp(lineCount * ptrdiff_t(sizeof(void*)), 64))),
-        results(lines + size_t(lineCount) * size_t(pitch) * sizeof(float)),
-        end(results + size_t(roundUp(width, chunk)) * sizeof(float)) {}
+  explicit BilateralLayout(const processor::ProcessingInfo& info)
+      : source(info.sources[0]),
+        halfX(source.marginBefore[0]),
+        halfY(source.marginBefore[1]),
+        halfZ(source.marginBefore[2]),
+        width(source.end[0] - source.begin[0]),
+        rowsPerSlice(source.end[1] - source.begin[1] + 2 * halfY),
+        held(halfZ * rowsPerSlice + halfY + 1),
+        // A plane in place has no buffer for results: the next columns would find those of these beside them.
+        columns(info.inPlace && halfZ == 0 ? width : smaller(chunk, width)),
+        samplePitch(roundUp(columns + 2 * halfX, summedAtOnce) + weighedAtOnce),
+        sumPitch(roundUp(columns, summedAtOnce)),
+        rowSize(samplePitch + 2 * sumPitch),
+        weightPitch(chunk + roundUp(2 * halfX, weighedAtOnce) + weighedAtOnce),
+        weights(size_t(held) * size_t(rowSize) * sizeof(float)),
+        results(weights + size_t(2 * halfX + 1) * size_t(weightPitch) * sizeof(float)),
+        end(results + size_t(sumPitch) * sizeof(float)) {}
 };
 
-/// The results of up to `chunk` pixels, and of those that fill up a vector; lines[i] + knlX / 2 of the middle
-/// line are the centres.
-inline void filterChunk(float* results, const float* const* lines, ptrdiff_t n, const BilateralLayout& l,
-                        const BilateralParameters& p) {
-  float weightSums[chunk] = {}, sums[chunk] = {}, weights[chunk];
-  int bins[chunk];
-  n = roundUp(n, lanesOf<FloatV>);
-  const float* centres = lines[l.lineCount / 2] + l.knlX / 2;
-  const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin));
-  const float* space = p.space;
-  for (ptrdiff_t r = 0; r < l.lineCount; ++r)
-    for (ptrdiff_t c = 0; c < l.knlX; ++c) {
-      const float* samples = lines[r] + c;
-      const FloatV factor = splat<FloatV>(*space++);
-      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
-        const IntV found =
-            binsOf(loadVector<FloatV>(samples + i), loadVector<FloatV>(centres + i), scale, lastBin);
-        __builtin_memcpy(bins + i, &found, sizeof found);
-      }
-      lookUp(weights, bins, p.range, n);
-      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
-        const FloatV weight = loadVector<FloatV>(weights + i) * factor;
-        storeVector(weightSums + i, loadVector<FloatV>(weightSums + i) + weight);
-        storeVector(sums + i, loadVector<FloatV>(sums + i) + weight * loadVector<FloatV>(samples + i));
+/// Adds to n sums, of weights and of weighted samples, those of `count` places side by side: those of a place
+/// are one sample and `step` weights further than those of the place before it.
+inline void addPlaces(float* weightSums, float* sums, const float* samples, const float* weights,
+                      ptrdiff_t step, const float* space, ptrdiff_t count, ptrdiff_t n) {
+  constexpr int lanes = lanesOf<FloatV>, vectors = summedAtOnce / lanes;
+  for (ptrdiff_t i = 0; i < n; i += summedAtOnce) {
+    FloatV weightSum[vectors], sum[vectors];
+#pragma GCC unroll 4
+    for (int v = 0; v < vectors; ++v) {
+      weightSum[v] = loadVector<FloatV>(weightSums + i + v * lanes);
+      sum[v] = loadVector<FloatV>(sums + i + v * lanes);
+    }
+    for (ptrdiff_t p = 0; p < count; ++p) {
+      const FloatV factor = splat<FloatV>(space[p]);
+#pragma GCC unroll 4
+      for (int v = 0; v < vectors; ++v) {
+        const FloatV weight = loadVector<FloatV>(weights + p * step + i + v * lanes) * factor;
+        weightSum[v] += weight;
+        sum[v] += weight * loadVector<FloatV>(samples + p + i + v * lanes);
       }
     }
-  for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>)
-    storeVector(results + i, loadVector<FloatV>(sums + i) / loadVector<FloatV>(weightSums + i));
-}
-
-#if defined(__AVX512F__)
-/// The same with a table in registers, and the sums as well.
-inline void filterChunk(float* results, const float* const* lines, ptrdiff_t n, const BilateralLayout& l,
-                        const BilateralParameters& p, const RegisterTable& bins) {
-  const RegisterTable table = bins;
-  const float* centres = lines[l.lineCount / 2] + l.knlX / 2;
-  const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin));
-  constexpr ptrdiff_t lanes = lanesOf<FloatV>;
-  for (ptrdiff_t i = 0; i < n; i += table.atOnce) {
-    const FloatV centre0 = loadVector<FloatV>(centres + i), centre1 = loadVector<FloatV>(centres + i + lanes);
-    FloatV weightSum0 = {}, weightSum1 = {}, sum0 = {}, sum1 = {};
-    const float* space = p.space;
-    for (ptrdiff_t r = 0; r < l.lineCount; ++r)
-      for (ptrdiff_t c = 0; c < l.knlX; ++c) {
-        const FloatV factor = splat<FloatV>(*space++);
-        const FloatV sample0 = loadVector<FloatV>(lines[r] + c + i);
-        const FloatV sample1 = loadVector<FloatV>(lines[r] + c + i + lanes);
-        FloatV weight0, weight1;
-        table.get(binsOf(sample0, centre0, scale, lastBin), binsOf(sample1, centre1, scale, lastBin), weight0,
-                  weight1);
-        weight0 *= factor;
-        weight1 *= factor;
-        weightSum0 += weight0;
-        weightSum1 += weight1;
-        sum0 += weight0 * sample0;
-        sum1 += weight1 * sample1;
-      }
-    storeVector(results + i, sum0 / weightSum0);
-    storeVector(results + i + lanes, sum1 / weightSum1);
+#pragma GCC unroll 4
+    for (int v = 0; v < vectors; ++v) {
+      storeVector(weightSums + i + v * lanes, weightSum[v]);
+      storeVector(sums + i + v * lanes, sum[v]);
+    }
   }
 }
-#endif
 
-template <class Chunk>
-inline void filterWindows(const processor::ProcessingInfo& info, Chunk filter) {
-  const BilateralLayout l(info.sources[0]);
-  const float** ordered = reinterpret_cast<const float**>(info.scratch);
-  float* const lines = reinterpret_cast<float*>(info.scratch + l.lines);
-  float* const results = reinterpret_cast<float*>(info.scratch + l.results);
-  __builtin_memset(lines, 0, l.results - l.lines);  // what is read beyond the samples
-  l.run([&](ptrdiff_t line, ptrdiff_t x, ptrdiff_t y,
-            ptrdiff_t z) { info.loaders[0](lines + line * l.pitch, l.source, x, y, z, l.lineLength); },
-        [&](ptrdiff_t y, ptrdiff_t z) {
-          for (ptrdiff_t i = 0; i < l.lineCount; ++i)
-            ordered[i] = lines + l.lineOf(y - l.source.marginBefore[1] + i % l.knlY, i / l.knlY) * l.pitch;
-          for (ptrdiff_t x = 0; x < l.width; x += chunk) {
-            filter(results + x, ordered, smaller(chunk, l.width - x), l);
-            for (ptrdiff_t i = 0; i < l.lineCount; ++i) ordered[i] += chunk;
-          }
-          info.storers[0](info.targets[0], results, l.source.begin[0], y, z, l.width);
-        });
-}
+template <class Table>
+class BilateralStrip {
+public:
+  BilateralStrip(const processor::ProcessingInfo& info, const Table& table)
+      : _info(info),
+        _p(*static_cast<const BilateralParameters*>(info.parameters)),
+        _table(table),
+        _l(info),
+        _weights(reinterpret_cast<float*>(info.scratch + _l.weights)),
+        _results(reinterpret_cast<float*>(info.scratch + _l.results)) {}
+
+  void run() const {
+    __builtin_memset(_info.scratch, 0, _l.weights);  // what is read beyond the samples
+    for (ptrdiff_t x = 0; x < _l.width; x += _l.columns)
+      filterColumns(_l.source.begin[0] + x, smaller(_l.columns, _l.width - x));
+  }
+
+private:
+  struct Row {
+    ptrdiff_t y, z;
+    bool centre;  ///< is a row of the strip
+    float *samples, *weightSums, *sums;
+  };
+  Row rowAt(ptrdiff_t y, ptrdiff_t z) const {
+    const image::StripSource& s = _l.source;
+    const ptrdiff_t number = (z - s.begin[2] + _l.halfZ) * _l.rowsPerSlice + y - s.begin[1] + _l.halfY;
+    float* const memory = reinterpret_cast<float*>(_info.scratch) + number % _l.held * _l.rowSize;
+    return {y,
+            z,
+            y >= s.begin[1] && y < s.end[1] && z >= s.begin[2] && z < s.end[2],
+            memory,
+            memory + _l.samplePitch,
+            memory + _l.samplePitch + _l.sumPitch};
+  }
+
+  /// n columns from x on.
+  void filterColumns(ptrdiff_t x, ptrdiff_t n) const {
+    const image::StripSource& s = _l.source;
+    const ptrdiff_t rows = (s.end[2] - s.begin[2] + 2 * _l.halfZ) * _l.rowsPerSlice;
+    const auto rowOf = [&](ptrdiff_t number) {
+      return rowAt(s.begin[1] - _l.halfY + number % _l.rowsPerSlice,
+                   s.begin[2] - _l.halfZ + number / _l.rowsPerSlice);
+    };
+    const auto load = [&](const Row& row) {
+      _info.loaders[0](row.samples, s, x - _l.halfX, row.y, row.z, n + 2 * _l.halfX);
+      __builtin_memset(row.weightSums, 0, size_t(2 * _l.sumPitch) * sizeof(float));
+    };
+    for (ptrdiff_t i = 0; i < _l.held - 1; ++i) load(rowOf(i));
+    for (ptrdiff_t i = 0; i < rows; ++i) {
+      if (i + _l.held - 1 < rows) load(rowOf(i + _l.held - 1));
+      const Row row = rowOf(i);
+      for (ptrdiff_t c = 0; c < n; c += chunk) meetOthers(row, c, smaller(chunk, n - c));
+      if (!row.centre) continue;
+      for (ptrdiff_t c = 0; c < n; c += lanesOf<FloatV>)
+        storeVector(_results + c, loadVector<FloatV>(row.sums + c) / loadVector<FloatV>(row.weightSums + c));
+      _info.storers[0](_info.targets[0], _results, x, row.y, row.z, n);
+    }
+  }
+
+  /// The pixels c to c + n of a row meet those of themselves and the rows after it.
+  void meetOthers(const Row& row, ptrdiff_t c, ptrdiff_t n) const {
+    if (row.centre) meetItself(row, c, n);
+    for (ptrdiff_t dz = 0; dz <= _l.halfZ; ++dz)
+      for (ptrdiff_t dy = dz == 0 ? 1 : -_l.halfY; dy <= _l.halfY; ++dy) {
+        const Row other = rowAt(row.y + dy, row.z + dz);
+        if (row.centre || other.centre) meet(row, other, dy, dz, c, n);
+      }
+  }
+
+  /// The spatial weights of the places (-halfX, dy, dz) onwards.
+  const float* spaceOf(ptrdiff_t dy, ptrdiff_t dz) const {
+    return _p.space + ((_l.halfZ + dz) * (2 * _l.halfY + 1) + _l.halfY + dy) * (2 * _l.halfX + 1);
+  }
+  /// The line of range weights of a row's pixels with those dx columns further in the other row.
+  float* weightsOf(ptrdiff_t dx) const { return _weights + (_l.halfX + dx) * _l.weightPitch + _l.halfX; }
+  /// Fills it for both: for the pixels c to c + n of `row`, and for those that lie dx columns before these.
+  void weigh(const Row& row, const Row& other, ptrdiff_t dx, ptrdiff_t c, ptrdiff_t n) const {
+    const ptrdiff_t first = dx > 0 ? -dx : 0, count = n + (dx > 0 ? dx : -dx), at = _l.halfX + c + first;
+    _table.weigh(weightsOf(dx) + first, row.samples + at, other.samples + at + dx, count);
+  }
+
+  /// The places of a window's row, from the left: dx rises in the row that comes after, falls in the one that
+  /// comes before, where the pixel dx columns before has the weight.
+  void meet(const Row& row, const Row& other, ptrdiff_t dy, ptrdiff_t dz, ptrdiff_t c, ptrdiff_t n) const {
+    const ptrdiff_t h = _l.halfX, size = 2 * h + 1;
+    for (ptrdiff_t dx = -h; dx <= h; ++dx) weigh(row, other, dx, c, n);
+    if (other.centre)
+      addPlaces(other.weightSums + c, other.sums + c, row.samples + c, weightsOf(h) - h, 1 - _l.weightPitch,
+                spaceOf(-dy, -dz), size, n);
+    if (row.centre)
+      addPlaces(row.weightSums + c, row.sums + c, other.samples + c, weightsOf(-h), _l.weightPitch,
+                spaceOf(dy, dz), size, n);
+  }
+  void meetItself(const Row& row, ptrdiff_t c, ptrdiff_t n) const {
+    const ptrdiff_t h = _l.halfX;
+    const float* space = spaceOf(0, 0);
+    for (ptrdiff_t dx = 0; dx <= h; ++dx) weigh(row, row, dx, c, n);
+    addPlaces(row.weightSums + c, row.sums + c, row.samples + c, weightsOf(h) - h, 1 - _l.weightPitch, space,
+              h, n);
+    addPlaces(row.weightSums + c, row.sums + c, row.samples + c + h, weightsOf(0), _l.weightPitch, space + h,
+              h + 1, n);
+  }
+
+  const processor::ProcessingInfo& _info;
+  const BilateralParameters& _p;
+  const Table& _table;
+  const BilateralLayout _l;
+  float *const _weights, *const _results;
+};
 
 inline const char* filterBilaterally(const processor::ProcessingInfo& info) {
-  const BilateralParameters& p = *static_cast<const BilateralParameters*>(info.parameters);
-#if defined(__AVX512F__)
-  if (p.lastBin < registerBins) {
-    const RegisterTable table(p);
-    filterWindows(info, [&](float* results, const float* const* lines, ptrdiff_t n,
-                            const BilateralLayout& l) { filterChunk(results, lines, n, l, p, table); });
-    return nullptr;
-  }
-#endif
-  filterWindows(info, [&](float* results, const float* const* lines, ptrdiff_t n, const BilateralLayout& l) {
-    filterChunk(results, lines, n, l, p);
-  });
+  withRangeTable(*static_cast<const BilateralParameters*>(info.parameters),
+                 [&](const auto& table) { BilateralStrip(info, table).run(); });
   return nullptr;
 }
 
 inline size_t bilateralScratchSize(const processor::ProcessingInfo& info) {
-  return BilateralLayout(info.sources[0]).end;
+  return BilateralLayout(info).end;
 }
 
 }  // namespace

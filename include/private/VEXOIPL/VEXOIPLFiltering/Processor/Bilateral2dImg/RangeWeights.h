@@ -5,6 +5,7 @@
 #include <stddef.h>
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralParameters.h"
+#include "VEXOProcessing/Kernel/Integers.h"
 #include "VEXOProcessing/Kernel/Vector.h"
 
 namespace vexo::VEXO_KERNEL_SET {
@@ -12,23 +13,62 @@ namespace {
 
 using imaproc::filter::BilateralParameters;
 
-/// The bins of differences to the centres. A difference that is NaN has the last bin: no value leaves the
-/// table.
-inline IntV binsOf(FloatV samples, FloatV centres, FloatV scale, FloatV lastBin) {
-  const FloatV magnitude = FloatV(IntV(samples - centres) & splatInt(0x7fffffff));
-  return __builtin_convertvector(lower(lastBin, magnitude * scale), IntV);
-}
+/// Lines that are weighed are read and written in whole multiples of this.
+constexpr ptrdiff_t weighedAtOnce = 2 * lanesOf<FloatV>;
+
+/// The bins of differences. One that is NaN has the last bin: no value leaves the table.
+struct Bins {
+  FloatV scale, last;
+
+  explicit Bins(const BilateralParameters& p)
+      : scale(splat<FloatV>(p.scale)), last(splat<FloatV>(float(p.lastBin))) {}
+  IntV of(FloatV a, FloatV b) const {
+    const FloatV magnitude = FloatV(IntV(a - b) & splatInt(0x7fffffff));
+    return __builtin_convertvector(lower(last, magnitude * scale), IntV);
+  }
+};
+
+/// A table in memory. Its look-ups are a loop of their own over many bins, stored before and read after as
+/// whole vectors. One by one, from pairs of bins: the compiler would gather them, which takes twice as long.
+class MemoryTable {
+public:
+  explicit MemoryTable(const BilateralParameters& p) : _bins(p), _table(p.range) {}
+
+  /// The weights of n differences.
+  void weigh(float* weights, const float* a, const float* b, ptrdiff_t n) const {
+    constexpr ptrdiff_t atOnce = 512;
+    int bins[atOnce];
+    for (; n > 0; n -= atOnce, weights += atOnce, a += atOnce, b += atOnce) {
+      const ptrdiff_t count = smaller(n, atOnce);
+      for (ptrdiff_t i = 0; i < count; i += lanesOf<FloatV>) {
+        const IntV found = _bins.of(loadVector<FloatV>(a + i), loadVector<FloatV>(b + i));
+        __builtin_memcpy(bins + i, &found, sizeof found);
+      }
+#pragma GCC unroll 2
+      for (ptrdiff_t i = 0; i < count; i += 4)
+#pragma GCC unroll 2
+        for (ptrdiff_t k = i; k < i + 4; k += 2) {
+          unsigned long long pair;
+          __builtin_memcpy(&pair, bins + k, sizeof pair);
+          weights[k] = _table[pair & 0xffffffff];
+          weights[k + 1] = _table[pair >> 32];
+        }
+    }
+  }
+
+private:
+  Bins _bins;
+  const float* _table;
+};
 
 #if defined(__AVX512F__)
 constexpr int registerBins = 256;
 
 /// A table of up to 256 bins in sixteen registers: the high and the low halves of its floats, because one
 /// instruction looks up 32 halves among 64. Look-ups in memory take twice as long.
-struct RegisterTable {
-  static constexpr ptrdiff_t atOnce = 2 * lanesOf<FloatV>;
-  __m512i high[8], low[8];
-
-  explicit RegisterTable(const BilateralParameters& p) {
+class RegisterTable {
+public:
+  explicit RegisterTable(const BilateralParameters& p) : _bins(p) {
     for (int i = 0; i < 8; ++i) {
       unsigned short highs[32], lows[32];
       for (int k = 0; k < 32; ++k) {
@@ -38,10 +78,26 @@ struct RegisterTable {
         highs[k] = (unsigned short)(weight >> 16);
         lows[k] = (unsigned short)weight;
       }
-      high[i] = _mm512_loadu_si512(highs);
-      low[i] = _mm512_loadu_si512(lows);
+      _high[i] = _mm512_loadu_si512(highs);
+      _low[i] = _mm512_loadu_si512(lows);
     }
   }
+
+  /// The weights of n differences.
+  void weigh(float* weights, const float* a, const float* b, ptrdiff_t n) const {
+    const RegisterTable table = *this;
+    constexpr ptrdiff_t lanes = lanesOf<FloatV>;
+    for (ptrdiff_t i = 0; i < n; i += weighedAtOnce) {
+      FloatV weights0, weights1;
+      table.get(table._bins.of(loadVector<FloatV>(a + i), loadVector<FloatV>(b + i)),
+                table._bins.of(loadVector<FloatV>(a + i + lanes), loadVector<FloatV>(b + i + lanes)),
+                weights0, weights1);
+      storeVector(weights + i, weights0);
+      storeVector(weights + i + lanes, weights1);
+    }
+  }
+
+private:
   static __m512i halves(const __m512i (&table)[8], __m512i bins, __mmask32 bit6, __mmask32 bit7) {
     __m512i found[4];
 #pragma GCC unroll 4
@@ -55,24 +111,23 @@ struct RegisterTable {
     const __m512i bins = _mm512_packus_epi32(__m512i(bins0), __m512i(bins1));
     const __mmask32 bit6 = _mm512_test_epi16_mask(bins, _mm512_set1_epi16(64));
     const __mmask32 bit7 = _mm512_test_epi16_mask(bins, _mm512_set1_epi16(128));
-    const __m512i highs = halves(high, bins, bit6, bit7), lows = halves(low, bins, bit6, bit7);
+    const __m512i highs = halves(_high, bins, bit6, bit7), lows = halves(_low, bins, bit6, bit7);
     weights0 = FloatV(_mm512_unpacklo_epi16(lows, highs));
     weights1 = FloatV(_mm512_unpackhi_epi16(lows, highs));
   }
+
+  Bins _bins;
+  __m512i _high[8], _low[8];
 };
 #endif
 
-/// A table in memory. Its look-ups are a loop of their own over many bins (an even number), stored before and
-/// read after as whole vectors. One by one, from pairs of bins: the compiler would gather them, which takes
-/// twice as long.
-inline void lookUp(float* weights, const int* bins, const float* table, ptrdiff_t n) {
-#pragma GCC unroll 8
-  for (ptrdiff_t i = 0; i < n; i += 2) {
-    unsigned long long pair;
-    __builtin_memcpy(&pair, bins + i, sizeof pair);
-    weights[i] = table[pair & 0xffffffff];
-    weights[i + 1] = table[pair >> 32];
-  }
+/// Calls use(table) with the fastest table for p.
+template <class Use>
+inline void withRangeTable(const BilateralParameters& p, Use use) {
+#if defined(__AVX512F__)
+  if (p.lastBin < registerBins) return use(RegisterTable(p));
+#endif
+  use(MemoryTable(p));
 }
 
 }  // namespace

@@ -5,14 +5,14 @@
 
 namespace vexo::imaproc::filter {
 
-/// Level 3, one band of slices: runs the kernel that fits the sample types and the processor.
+/// Level 3, one band of rows of all slices: runs the kernel that fits the sample types and the processor.
 class VEXO_API Bilateral3dImgLvl3 final
     : public BilateralLvl3<Bilateral3dImgLvl3, attr::InKnlZStrip3d, attr::OutZStrip3d> {
 public:
   static constexpr auto toolTipId = eProcessorMessage::Bilateral3dImgLvl3;
 
-  /// A slice is much work.
-  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {4, 1}; }
+  /// A row of all slices is much work.
+  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {32, 8}; }
 };
 
 }  // namespace vexo::imaproc::filter

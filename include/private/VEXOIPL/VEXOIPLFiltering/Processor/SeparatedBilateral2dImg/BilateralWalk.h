@@ -2,7 +2,8 @@
 
 // One pass of the separated bilateral filter: from each pixel walks both ways along an axis; on each the
 // weight of a difference is the least one met so far. The samples at one distance are a line, whatever the
-// axis, so that many pixels of a row walk at once.
+// axis, so that many pixels of a row walk at once. What a pixel finds ahead, the other one finds behind: near
+// range weights are looked up once and kept for the way back.
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/RangeWeights.h"
 #include "VEXOProcessing/Kernel/Integers.h"
@@ -13,147 +14,182 @@ namespace vexo::VEXO_KERNEL_SET {
 namespace {
 
 constexpr ptrdiff_t chunk = 256;  ///< pixels that walk at once
+constexpr ptrdiff_t block = 32;   ///< distances that they walk at once; the weights of the first are kept
+constexpr ptrdiff_t walkedAtOnce = 4 * lanesOf<FloatV>;
+static_assert(chunk % walkedAtOnce == 0, "a chunk is read whole");
 
-/// Lines of floats in scratch memory, pointers to those of a walk from end to end, and a line of results.
+/// Scratch memory: lines of samples, of weights, and one of results.
 struct WalkLayout {
-  ptrdiff_t half, width, lineCount, lineLength, pitch;
-  size_t lines, results, end;  ///< bytes
+  ptrdiff_t half, columns, lineCount, pitch, kept, keptLines;
+  size_t weights, results, end;  ///< bytes
+
+  static constexpr ptrdiff_t weightPitch = chunk + block + weighedAtOnce;
 
   WalkLayout(const image::StripSource& s, int axis)
       : half(s.marginBefore[axis]),
-        width(s.end[0] - s.begin[0]),
+        // Along X a row is loaded whole, before the results of its first columns may stand in their place.
+        columns(axis == 0 ? s.end[0] - s.begin[0] : smaller(chunk, s.end[0] - s.begin[0])),
         lineCount(axis == 0 ? 1 : 2 * half + 1),
-        lineLength(axis == 0 ? width + 2 * half : width),
-        pitch(roundUp(width, chunk) + (axis == 0 ? roundUp(2 * half, 16) : 0)),  // whole chunks are read
-        lines(size_t(roundUp((2 * half + 1) * ptrdiff_t(sizeof(void*)), 64))),
-        results(lines + size_t(lineCount) * size_t(pitch) * sizeof(float)),
-        end(results + size_t(roundUp(width, chunk)) * sizeof(float)) {}
+        pitch(roundUp(columns, chunk) + (axis == 0 ? roundUp(2 * half, 16) : 0) + weighedAtOnce),
+        kept(smaller(half, block)),
+        keptLines(axis == 0 ? kept : kept * (kept + 3) / 2),
+        weights(size_t(lineCount) * size_t(pitch) * sizeof(float)),
+        results(weights + size_t(keptLines + (half > block ? block : 0)) * weightPitch * sizeof(float)),
+        end(results + size_t(roundUp(columns, chunk)) * sizeof(float)) {}
 };
 
-/// The results of up to `chunk` pixels, and of those that fill up a vector, whose samples at distance d are
-/// at samples[d].
-inline void walkChunk(float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n,
-                      const BilateralParameters& p) {
-  n = roundUp(n, lanesOf<FloatV>);
-  float weightSums[chunk], sums[chunk], running[chunk], weights[chunk];
-  int bins[chunk];
-  const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin)),
-               one = splat<FloatV>(1);
-  const float* centres = samples[0];
-  for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
-    storeVector(weightSums + i, one);
-    storeVector(sums + i, loadVector<FloatV>(centres + i));
-  }
-  for (int side = 1; side >= -1; side -= 2) {
-    for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) storeVector(running + i, one);
-    for (ptrdiff_t d = 1; d <= half; ++d) {
-      const float* line = samples[side * d];
-      const FloatV factor = splat<FloatV>(p.space[d]);
-      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
-        const IntV found =
-            binsOf(loadVector<FloatV>(line + i), loadVector<FloatV>(centres + i), scale, lastBin);
-        __builtin_memcpy(bins + i, &found, sizeof found);
-      }
-      lookUp(weights, bins, p.range, n);
-      for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>) {
-        const FloatV range = lower(loadVector<FloatV>(running + i), loadVector<FloatV>(weights + i));
-        const FloatV weight = factor * range;
-        storeVector(running + i, range);
-        storeVector(weightSums + i, loadVector<FloatV>(weightSums + i) + weight);
-        storeVector(sums + i, loadVector<FloatV>(sums + i) + weight * loadVector<FloatV>(line + i));
-      }
-    }
-  }
-  for (ptrdiff_t i = 0; i < n; i += lanesOf<FloatV>)
-    storeVector(results + i, loadVector<FloatV>(sums + i) / loadVector<FloatV>(weightSums + i));
-}
+/// What n pixels have met: the least weight on the present way, the sums of both ways.
+struct Walked {
+  float running[chunk], weightSums[chunk], sums[chunk];
 
-#if defined(__AVX512F__)
-/// The same with a table in registers, and the sums as well.
-inline void walkChunk(float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n,
-                      const BilateralParameters& p, const RegisterTable& bins) {
-  const RegisterTable table = bins;
-  const FloatV scale = splat<FloatV>(p.scale), lastBin = splat<FloatV>(float(p.lastBin)),
-               one = splat<FloatV>(1);
-  constexpr ptrdiff_t lanes = lanesOf<FloatV>;
-  for (ptrdiff_t i = 0; i < n; i += table.atOnce) {
-    const FloatV centre0 = loadVector<FloatV>(samples[0] + i),
-                 centre1 = loadVector<FloatV>(samples[0] + i + lanes);
-    FloatV weightSum0 = one, weightSum1 = one, sum0 = centre0, sum1 = centre1;
-    for (int side = 1; side >= -1; side -= 2) {
-      FloatV running0 = one, running1 = one;
-      for (ptrdiff_t d = 1; d <= half; ++d) {
-        const FloatV factor = splat<FloatV>(p.space[d]);
-        const FloatV sample0 = loadVector<FloatV>(samples[side * d] + i);
-        const FloatV sample1 = loadVector<FloatV>(samples[side * d] + i + lanes);
-        FloatV weight0, weight1;
-        table.get(binsOf(sample0, centre0, scale, lastBin), binsOf(sample1, centre1, scale, lastBin), weight0,
-                  weight1);
-        running0 = lower(running0, weight0);
-        running1 = lower(running1, weight1);
-        weight0 = factor * running0;
-        weight1 = factor * running1;
-        weightSum0 += weight0;
-        weightSum1 += weight1;
-        sum0 += weight0 * sample0;
-        sum1 += weight1 * sample1;
+  /// `count` steps on, to samples[k] with the range weights weights[k].
+  void add(const float* const* samples, const float* const* weights, const float* space, ptrdiff_t count,
+           ptrdiff_t n) {
+    constexpr int lanes = lanesOf<FloatV>, vectors = walkedAtOnce / lanes;
+    for (ptrdiff_t i = 0; i < n; i += walkedAtOnce) {
+      FloatV least[vectors], weightSum[vectors], sum[vectors];
+#pragma GCC unroll 4
+      for (int v = 0; v < vectors; ++v) {
+        least[v] = loadVector<FloatV>(running + i + v * lanes);
+        weightSum[v] = loadVector<FloatV>(weightSums + i + v * lanes);
+        sum[v] = loadVector<FloatV>(sums + i + v * lanes);
+      }
+      for (ptrdiff_t k = 0; k < count; ++k) {
+        const FloatV factor = splat<FloatV>(space[k]);
+#pragma GCC unroll 4
+        for (int v = 0; v < vectors; ++v) {
+          least[v] = lower(least[v], loadVector<FloatV>(weights[k] + i + v * lanes));
+          const FloatV weight = factor * least[v];
+          weightSum[v] += weight;
+          sum[v] += weight * loadVector<FloatV>(samples[k] + i + v * lanes);
+        }
+      }
+#pragma GCC unroll 4
+      for (int v = 0; v < vectors; ++v) {
+        storeVector(running + i + v * lanes, least[v]);
+        storeVector(weightSums + i + v * lanes, weightSum[v]);
+        storeVector(sums + i + v * lanes, sum[v]);
       }
     }
-    storeVector(results + i, sum0 / weightSum0);
-    storeVector(results + i + lanes, sum1 / weightSum1);
   }
-}
-#endif
+};
 
 /// A strip: `inner` is the axis that the rows of the strip follow one another along, and `outer` the other
 /// one.
-template <int axis, class Chunk>
-inline void walkStrip(const processor::ProcessingInfo& info, Chunk walk) {
-  constexpr int inner = axis == 2 ? 2 : 1, outer = 3 - inner;
-  const image::StripSource& s = info.sources[0];
-  const WalkLayout l(s, axis);
-  const float** samples = reinterpret_cast<const float**>(info.scratch);
-  float* const lines = reinterpret_cast<float*>(info.scratch + l.lines);
-  float* const results = reinterpret_cast<float*>(info.scratch + l.results);
-  __builtin_memset(lines, 0, l.results - l.lines);  // what is read beyond the samples
-  const ptrdiff_t reach = axis == 0 ? 0 : l.half;
-  const auto lineOf = [&](ptrdiff_t i) {
-    return lines + (i - s.begin[inner] + reach) % l.lineCount * l.pitch;
-  };
-  for (ptrdiff_t o = s.begin[outer]; o < s.end[outer]; ++o) {
+template <int axis, class Table>
+class WalkStrip {
+public:
+  WalkStrip(const processor::ProcessingInfo& info, const Table& table)
+      : _info(info),
+        _s(info.sources[0]),
+        _p(*static_cast<const BilateralParameters*>(info.parameters)),
+        _table(table),
+        _l(_s, axis),
+        _reach(axis == 0 ? 0 : _l.half) {}
+
+  void run() const {
+    for (ptrdiff_t x = _s.begin[0]; x < _s.end[0]; x += _l.columns)
+      for (ptrdiff_t o = _s.begin[outer]; o < _s.end[outer]; ++o)
+        walkTile(x, smaller(_l.columns, _s.end[0] - x), o);
+  }
+
+private:
+  static constexpr int inner = axis == 2 ? 2 : 1, outer = 3 - inner;
+
+  void walkTile(ptrdiff_t x, ptrdiff_t n, ptrdiff_t o) const {
+    float* const results = reinterpret_cast<float*>(_info.scratch + _l.results);
+    __builtin_memset(_info.scratch, 0, _l.weights);  // what is read beyond the samples
     const auto load = [&](ptrdiff_t i) {
-      info.loaders[0](lineOf(i), s, s.begin[0] - s.marginBefore[0], inner == 1 ? i : o, inner == 1 ? o : i,
-                      l.lineLength);
+      _info.loaders[0](lineOf(i), _s, x - _s.marginBefore[0], inner == 1 ? i : o, inner == 1 ? o : i,
+                       n + 2 * _s.marginBefore[0]);
     };
-    for (ptrdiff_t i = -reach; i < reach; ++i) load(s.begin[inner] + i);
-    for (ptrdiff_t i = s.begin[inner]; i < s.end[inner]; ++i) {
-      load(i + reach);
-      for (ptrdiff_t d = -l.half; d <= l.half; ++d)
-        samples[l.half + d] = axis == 0 ? lineOf(i) + l.half + d : lineOf(i + d);
-      for (ptrdiff_t x = 0; x < l.width; x += chunk) {
-        walk(results + x, samples + l.half, l.half, smaller(chunk, l.width - x));
-        for (ptrdiff_t d = 0; d <= 2 * l.half; ++d) samples[d] += chunk;
-      }
-      info.storers[0](info.targets[0], results, s.begin[0], inner == 1 ? i : o, inner == 1 ? o : i, l.width);
+    const ptrdiff_t begin = _s.begin[inner];
+    for (ptrdiff_t i = begin - _reach; i < begin + _reach; ++i) load(i);
+    if (axis != 0)
+      for (ptrdiff_t d = 1; d <= _l.kept; ++d)
+        for (ptrdiff_t i = begin - d; i < begin; ++i)
+          _table.weigh(keptLine(i, d), lineOf(i), lineOf(i + d), n);
+    for (ptrdiff_t i = begin; i < _s.end[inner]; ++i) {
+      load(i + _reach);
+      for (ptrdiff_t c = 0; c < n; c += chunk) walkChunk(results + c, i, c, smaller(chunk, n - c));
+      _info.storers[0](_info.targets[0], results, x, inner == 1 ? i : o, inner == 1 ? o : i, n);
     }
   }
+
+  void walkChunk(float* results, ptrdiff_t i, ptrdiff_t c, ptrdiff_t n) const {
+    Walked walked;
+    const float* centres = samplesAt(i, c, 0);
+    for (ptrdiff_t k = 0; k < n; k += lanesOf<FloatV>) {
+      storeVector(walked.weightSums + k, splat<FloatV>(1));
+      storeVector(walked.sums + k, loadVector<FloatV>(centres + k));
+    }
+    for (int side = 1; side >= -1; side -= 2) {
+      for (ptrdiff_t k = 0; k < n; k += lanesOf<FloatV>) storeVector(walked.running + k, splat<FloatV>(1));
+      for (ptrdiff_t first = 1; first <= _l.half; first += block) {
+        const ptrdiff_t count = smaller(block, _l.half - first + 1);
+        const float *samples[block], *weights[block];
+        for (ptrdiff_t k = 0; k < count; ++k) {
+          const ptrdiff_t d = first + k;
+          samples[k] = samplesAt(i, c, side * d);
+          if (d > block) {
+            float* const line = weightLine(_l.keptLines + k);
+            _table.weigh(line, centres, samples[k], n);
+            weights[k] = line;
+          } else {
+            weights[k] = side > 0 ? weighAhead(i, d, centres, samples[k], n) : weightsBehind(i, d);
+          }
+        }
+        walked.add(samples, weights, _p.space + first, count, n);
+      }
+    }
+    for (ptrdiff_t k = 0; k < n; k += lanesOf<FloatV>)
+      storeVector(results + k,
+                  loadVector<FloatV>(walked.sums + k) / loadVector<FloatV>(walked.weightSums + k));
+  }
+
+  float* lineOf(ptrdiff_t i) const {
+    return reinterpret_cast<float*>(_info.scratch) + (i - _s.begin[inner] + _reach) % _l.lineCount * _l.pitch;
+  }
+  const float* samplesAt(ptrdiff_t i, ptrdiff_t c, ptrdiff_t d) const {
+    return axis == 0 ? lineOf(i) + _l.half + c + d : lineOf(i + d) + c;
+  }
+
+  float* weightLine(ptrdiff_t line) const {
+    return reinterpret_cast<float*>(_info.scratch + _l.weights) + line * _l.weightPitch;
+  }
+  /// The weights of row i and the one d further: a ring of d + 1 lines for each d.
+  float* keptLine(ptrdiff_t i, ptrdiff_t d) const {
+    return weightLine((d - 1) * (d + 2) / 2 + (i - _s.begin[inner] + d) % (d + 1));
+  }
+  /// The weights of what lies d ahead. Along X those of the d pixels before belong to the line.
+  const float* weighAhead(ptrdiff_t i, ptrdiff_t d, const float* centres, const float* ahead,
+                          ptrdiff_t n) const {
+    float* const line = axis == 0 ? weightLine(d - 1) + block : keptLine(i, d);
+    const ptrdiff_t before = axis == 0 ? d : 0;
+    _table.weigh(line - before, centres - before, ahead - before, n + before);
+    return line;
+  }
+  const float* weightsBehind(ptrdiff_t i, ptrdiff_t d) const {
+    return axis == 0 ? weightLine(d - 1) + block - d : keptLine(i - d, d);
+  }
+
+  const processor::ProcessingInfo& _info;
+  const image::StripSource& _s;
+  const BilateralParameters& _p;
+  const Table& _table;
+  const WalkLayout _l;
+  const ptrdiff_t _reach;
+};
+
+template <int axis, class Table>
+inline void walkStrip(const processor::ProcessingInfo& info, const Table& table) {
+  WalkStrip<axis, Table>(info, table).run();
 }
 
 template <int axis>
 const char* walk(const processor::ProcessingInfo& info) {
-  const BilateralParameters& p = *static_cast<const BilateralParameters*>(info.parameters);
-#if defined(__AVX512F__)
-  if (p.lastBin < registerBins) {
-    const RegisterTable table(p);
-    walkStrip<axis>(info, [&](float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n) {
-      walkChunk(results, samples, half, n, p, table);
-    });
-    return nullptr;
-  }
-#endif
-  walkStrip<axis>(info, [&](float* results, const float* const* samples, ptrdiff_t half, ptrdiff_t n) {
-    walkChunk(results, samples, half, n, p);
-  });
+  withRangeTable(*static_cast<const BilateralParameters*>(info.parameters),
+                 [&](const auto& table) { walkStrip<axis>(info, table); });
   return nullptr;
 }
 
