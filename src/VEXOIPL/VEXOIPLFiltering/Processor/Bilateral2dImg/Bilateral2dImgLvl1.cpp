@@ -17,23 +17,6 @@ using CallWithHalf = processor::CallForms<Bilateral2dImgLvl1, attr::OutImg, attr
 
 }  // namespace
 
-processor::RulePtr Bilateral2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>()) &&
-         bilateralRule(*this, eBilateralWindow::Square);
-}
-
-BoolResult Bilateral2dImgLvl1::retrieveFirstProvider(const core::BasePriority&,
-                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  provider = measureRange(getStorage<attr::InImg>(), _statistics);
-  return true;
-}
-
-// Nothing comes between the measure and the filter.
-BoolResult Bilateral2dImgLvl1::retrieveSecondProvider(const core::BasePriority&,
-                                                      boost::shared_ptr<core::BaseActionProvider>&) {
-  return true;
-}
-
 BoolResult Bilateral2dImgLvl1::retrieveThirdProvider(const core::BasePriority& priority,
                                                      boost::shared_ptr<core::BaseActionProvider>& provider) {
   const auto input = getStorage<attr::InImg>();

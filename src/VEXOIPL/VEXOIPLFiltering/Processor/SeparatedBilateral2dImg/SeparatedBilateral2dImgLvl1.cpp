@@ -17,23 +17,6 @@ using CallWithHalf = processor::CallForms<SeparatedBilateral2dImgLvl1, attr::Out
 
 }  // namespace
 
-processor::RulePtr SeparatedBilateral2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>()) &&
-         bilateralRule(*this, eBilateralWindow::Walk);
-}
-
-BoolResult SeparatedBilateral2dImgLvl1::retrieveFirstProvider(
-    const core::BasePriority&, boost::shared_ptr<core::BaseActionProvider>& provider) {
-  provider = measureRange(getStorage<attr::InImg>(), _statistics);
-  return true;
-}
-
-// Nothing comes between the measure and the filter.
-BoolResult SeparatedBilateral2dImgLvl1::retrieveSecondProvider(const core::BasePriority&,
-                                                               boost::shared_ptr<core::BaseActionProvider>&) {
-  return true;
-}
-
 BoolResult SeparatedBilateral2dImgLvl1::retrieveThirdProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
   const auto input = getStorage<attr::InImg>();

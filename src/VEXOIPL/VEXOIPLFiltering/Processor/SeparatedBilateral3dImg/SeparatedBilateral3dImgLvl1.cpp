@@ -17,23 +17,6 @@ using CallWithHalf = processor::CallForms<SeparatedBilateral3dImgLvl1, attr::Out
 
 }  // namespace
 
-processor::RulePtr SeparatedBilateral3dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&
-         bilateralRule(*this, eBilateralWindow::Walk);
-}
-
-BoolResult SeparatedBilateral3dImgLvl1::retrieveFirstProvider(
-    const core::BasePriority&, boost::shared_ptr<core::BaseActionProvider>& provider) {
-  provider = measureRange(getStorage<attr::InImg3d>(), _statistics);
-  return true;
-}
-
-// Nothing comes between the measure and the filter.
-BoolResult SeparatedBilateral3dImgLvl1::retrieveSecondProvider(const core::BasePriority&,
-                                                               boost::shared_ptr<core::BaseActionProvider>&) {
-  return true;
-}
-
 BoolResult SeparatedBilateral3dImgLvl1::retrieveThirdProvider(
     const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
   const auto input = getStorage<attr::InImg3d>();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 #include "VEXOProcessing/FilterClass.h"
 
@@ -9,10 +10,7 @@ namespace vexo::imaproc::filter {
 class VEXO_API Bilateral2dImgLvl2 final
     : public FilterClass<Bilateral2dImgLvl2, processor::BaseAsync1Processor, attr::InSubImg2d> {
 public:
-  using Attributes =
-      processor::AttributeList<attr::InSubImg2d, attr::OutImg, attr::InScaleFactor,
-                               attr::InTabulatedSpaceExponentials, attr::InTabulatedRangeExponentials,
-                               attr::InSpaceSigma, attr::InRangeSigma, attr::InHalfKnlSize>;
+  using Attributes = BilateralLvl2Attributes<attr::InSubImg2d>;
   static constexpr auto toolTipId = eProcessorMessage::Bilateral2dImgLvl2;
 
 private:

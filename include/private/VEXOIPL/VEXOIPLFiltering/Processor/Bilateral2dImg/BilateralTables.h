@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralParameters.h"
 #include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
 #include "VEXOProcessing/Attributes.h"
@@ -8,10 +9,6 @@
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 
 namespace vexo::imaproc::filter {
-
-/// What the spatial weights stand for: the places of a square, of a cube, or the distances 0 to h along an
-/// axis.
-enum class eBilateralWindow { Square, Cube, Walk };
 
 /// The tables of a call, built once and read by all its pieces.
 struct BilateralTables {
@@ -24,19 +21,17 @@ struct BilateralTables {
 /// that is negative or NaN.
 double bilateralHalfSize(std::uint32_t given, double spaceSigma);
 
-/// Fails when the window of the call is too large.
-processor::RulePtr bilateralRule(const processor::BaseProcessor& level1, eBilateralWindow window);
-
-/// The first step of a call: measures the range of an image that is not 8-bit, whose range needs no measure.
-/// The result stays null then.
-boost::shared_ptr<core::BaseActionProvider> measureRange(
-    const boost::shared_ptr<const image::BaseImage>& image, boost::shared_ptr<attr::StatsResult>& statistics);
-
 /// statistics: null for an 8-bit image.
 VEXO_API BilateralTables makeBilateralTables(const processor::BaseProcessor& level1,
                                              image::eImageBufferType input,
                                              const boost::shared_ptr<const attr::StatsResult>& statistics,
                                              eBilateralWindow window);
+
+template <class Sub>
+using BilateralLvl2Attributes =
+    processor::AttributeList<Sub, attr::OutImg, attr::InScaleFactor, attr::InTabulatedSpaceExponentials,
+                             attr::InTabulatedRangeExponentials, attr::InSpaceSigma, attr::InRangeSigma,
+                             attr::InHalfKnlSize>;
 
 /// The last step of a call: level 2 on each plane, or volume.
 template <class Next, class Sub>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 #include "VEXOProcessing/FilterClass.h"
 
@@ -9,10 +10,7 @@ namespace vexo::imaproc::filter {
 class VEXO_API Bilateral3dImgLvl2 final
     : public FilterClass<Bilateral3dImgLvl2, processor::BaseAsync1Processor, attr::InSubImg3d> {
 public:
-  using Attributes =
-      processor::AttributeList<attr::InSubImg3d, attr::OutImg, attr::InScaleFactor,
-                               attr::InTabulatedSpaceExponentials, attr::InTabulatedRangeExponentials,
-                               attr::InSpaceSigma, attr::InRangeSigma, attr::InHalfKnlSize>;
+  using Attributes = BilateralLvl2Attributes<attr::InSubImg3d>;
   static constexpr auto toolTipId = eProcessorMessage::Bilateral3dImgLvl2;
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 #include "VEXOProcessing/FilterClass.h"
 
@@ -10,10 +11,7 @@ namespace vexo::imaproc::filter {
 class VEXO_API SeparatedBilateral2dImgLvl2 final
     : public FilterClass<SeparatedBilateral2dImgLvl2, processor::BaseAsync2Processor, attr::InSubImg2d> {
 public:
-  using Attributes =
-      processor::AttributeList<attr::InSubImg2d, attr::OutImg, attr::InScaleFactor,
-                               attr::InTabulatedSpaceExponentials, attr::InTabulatedRangeExponentials,
-                               attr::InSpaceSigma, attr::InRangeSigma, attr::InHalfKnlSize>;
+  using Attributes = BilateralLvl2Attributes<attr::InSubImg2d>;
   static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral2dImgLvl2;
 
 private:

@@ -1,34 +1,20 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/FilterClass.h"
-
-namespace vexo::imaproc::attr {
-class StatsResult;
-}
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: measures the range of its values, makes the tables of weights, sends each volume
 /// to level 2.
 class VEXO_API Bilateral3dImgLvl1 final
-    : public FilterClass<Bilateral3dImgLvl1, processor::BaseAsync3Processor, attr::InImg3d> {
+    : public BilateralClass<Bilateral3dImgLvl1, attr::InImg3d, eBilateralWindow::Cube> {
 public:
-  using Attributes = processor::AttributeList<attr::InImg3d, attr::InSpaceSigma, attr::InRangeSigma,
-                                              attr::InOptHalfKnlSize, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::Bilateral3dImgLvl1;
 
 private:
-  processor::RulePtr createRule() const override;
-  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
   BoolResult retrieveThirdProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  void clearIntermediateData() override { _statistics.reset(); }
-
-  boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
 };
 
 /// bilateral2dImg in volumes: the window has (2 h + 1)^3 voxels, deviations and h are in voxels, and each

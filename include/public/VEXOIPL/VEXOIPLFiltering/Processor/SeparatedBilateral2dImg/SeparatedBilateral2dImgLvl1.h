@@ -1,34 +1,20 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/FilterClass.h"
-
-namespace vexo::imaproc::attr {
-class StatsResult;
-}
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: measures the range of its values, makes the tables of weights, sends each plane
 /// to level 2.
 class VEXO_API SeparatedBilateral2dImgLvl1 final
-    : public FilterClass<SeparatedBilateral2dImgLvl1, processor::BaseAsync3Processor, attr::InImg> {
+    : public BilateralClass<SeparatedBilateral2dImgLvl1, attr::InImg, eBilateralWindow::Walk> {
 public:
-  using Attributes = processor::AttributeList<attr::InImg, attr::InSpaceSigma, attr::InRangeSigma,
-                                              attr::InOptHalfKnlSize, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral2dImgLvl1;
 
 private:
-  processor::RulePtr createRule() const override;
-  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
   BoolResult retrieveThirdProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  void clearIntermediateData() override { _statistics.reset(); }
-
-  boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
 };
 
 /// Separated bilateral filter: passes along X and Y, one after the other, in place of the whole window of

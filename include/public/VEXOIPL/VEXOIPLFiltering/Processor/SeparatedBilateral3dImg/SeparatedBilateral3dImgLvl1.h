@@ -1,34 +1,20 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/FilterClass.h"
-
-namespace vexo::imaproc::attr {
-class StatsResult;
-}
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: measures the range of its values, makes the tables of weights, sends each volume
 /// to level 2.
 class VEXO_API SeparatedBilateral3dImgLvl1 final
-    : public FilterClass<SeparatedBilateral3dImgLvl1, processor::BaseAsync3Processor, attr::InImg3d> {
+    : public BilateralClass<SeparatedBilateral3dImgLvl1, attr::InImg3d, eBilateralWindow::Walk> {
 public:
-  using Attributes = processor::AttributeList<attr::InImg3d, attr::InSpaceSigma, attr::InRangeSigma,
-                                              attr::InOptHalfKnlSize, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral3dImgLvl1;
 
 private:
-  processor::RulePtr createRule() const override;
-  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
   BoolResult retrieveThirdProvider(const core::BasePriority& priority,
                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  void clearIntermediateData() override { _statistics.reset(); }
-
-  boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
 };
 
 /// separatedBilateral2dImg in volumes: passes along X, Y and Z; deviations and h are in voxels, and each
