@@ -90,13 +90,14 @@ struct KernelObject {
   InstructionSetsIdentifier sets;
   const KernelTable& table;
 };
-/// Those of a third-level class: its kernel source, as compiled for each instruction set.
+/// Those of a third-level class: its kernel source, as compiled for each instruction set. Every x86-64 has
+/// SSE2, and the portable object uses it.
 template <class Lvl3>
 std::vector<KernelObject> kernelObjects() {
   return {
     {{eIS_Standard}, portable::Kernels<Lvl3>::table()},
 #if defined(__x86_64__)
-        {{eIS_SSE2}, sse2::Kernels<Lvl3>::table()}, {{eIS_AVX}, avx::Kernels<Lvl3>::table()},
+        {{eIS_SSE2}, portable::Kernels<Lvl3>::table()}, {{eIS_AVX}, avx::Kernels<Lvl3>::table()},
         {{eIS_AVX2}, avx2::Kernels<Lvl3>::table()}, {{eIS_AVX512}, avx512::Kernels<Lvl3>::table()},
 #endif
   };

@@ -53,12 +53,6 @@ struct Kernels {
   static const processor::KernelTable& table();
 };
 }  // namespace portable
-namespace sse2 {
-template <class Lvl3>
-struct Kernels {
-  static const processor::KernelTable& table();
-};
-}  // namespace sse2
 namespace avx {
 template <class Lvl3>
 struct Kernels {
