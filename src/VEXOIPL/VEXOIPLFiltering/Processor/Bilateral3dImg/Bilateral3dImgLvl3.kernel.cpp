@@ -1,19 +1,17 @@
-// Bilateral filter of volumes, for one strip.
+// Bilateral filter of volumes, for one strip: the kernel of planes.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralWindow.h"
-#include "VEXOProcessing/Kernel/Tables.h"
+#include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {
+class Bilateral2dImgLvl3;
 class Bilateral3dImgLvl3;
-}
+}  // namespace vexo::imaproc::filter
 
 namespace vexo::VEXO_KERNEL_SET {
 
 template <>
 const processor::KernelTable& Kernels<imaproc::filter::Bilateral3dImgLvl3>::table() {
-  static constexpr processor::KernelTable table =
-      makeFloatLineTable<eConversion::Saturate>(filterBilaterally, bilateralScratchSize);
-  return table;
+  return Kernels<imaproc::filter::Bilateral2dImgLvl3>::table();
 }
 
 }  // namespace vexo::VEXO_KERNEL_SET

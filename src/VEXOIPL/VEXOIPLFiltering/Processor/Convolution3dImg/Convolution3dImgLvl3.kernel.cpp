@@ -1,19 +1,17 @@
-// Convolution of one strip of volumes.
+// Convolution of volumes, for one strip: the kernel of planes, whose points may lie in other slices.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/ConvolutionKernel.h"
-#include "VEXOProcessing/Kernel/Tables.h"
+#include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {
+class Convolution2dImgLvl3;
 class Convolution3dImgLvl3;
-}
+}  // namespace vexo::imaproc::filter
 
 namespace vexo::VEXO_KERNEL_SET {
 
 template <>
 const processor::KernelTable& Kernels<imaproc::filter::Convolution3dImgLvl3>::table() {
-  static constexpr processor::KernelTable table =
-      makeFloatLineTable<eConversion::Wrap>(convolve, convolutionScratchSize);
-  return table;
+  return Kernels<imaproc::filter::Convolution2dImgLvl3>::table();
 }
 
 }  // namespace vexo::VEXO_KERNEL_SET

@@ -1,18 +1,17 @@
-// Median of a box by one histogram that is swept along the rows, for one strip of volumes.
+// Median of a box by one histogram that is swept along the rows, for one strip: the kernel of planes.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoOkMedian2dImg/SweptHistogram.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {
 class HistoMedian3dImgLvl3;
-}
+class HistoOkMedian2dImgLvl3;
+}  // namespace vexo::imaproc::filter
 
 namespace vexo::VEXO_KERNEL_SET {
 
 template <>
 const processor::KernelTable& Kernels<imaproc::filter::HistoMedian3dImgLvl3>::table() {
-  static constexpr processor::KernelTable table = makeSampleTable<SweptMedian>(sweepScratchSize);
-  return table;
+  return Kernels<imaproc::filter::HistoOkMedian2dImgLvl3>::table();
 }
 
 }  // namespace vexo::VEXO_KERNEL_SET

@@ -1,18 +1,17 @@
-// Median by histograms, in constant time per pixel, for wide images, for one strip of planes.
+// Median by histograms, in constant time per pixel, for wide images, for one strip: the kernel of others.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoO1Median2dImg/ColumnHistograms.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {
+class HistoO1Median2dImgLvl3;
 class HistoO1MedianXStrip2dImgLvl3;
-}
+}  // namespace vexo::imaproc::filter
 
 namespace vexo::VEXO_KERNEL_SET {
 
 template <>
 const processor::KernelTable& Kernels<imaproc::filter::HistoO1MedianXStrip2dImgLvl3>::table() {
-  static constexpr processor::KernelTable table = makeSampleTable<ColumnMedian>(columnScratchSize);
-  return table;
+  return Kernels<imaproc::filter::HistoO1Median2dImgLvl3>::table();
 }
 
 }  // namespace vexo::VEXO_KERNEL_SET
