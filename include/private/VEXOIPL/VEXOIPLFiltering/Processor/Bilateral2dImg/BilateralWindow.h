@@ -7,22 +7,22 @@
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/RangeWeights.h"
 #include "VEXOImage/StripView.h"
+#include "VEXOProcessing/Kernel/Integers.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
 
-constexpr ptrdiff_t chunk = 256;  ///< pixels of two rows that meet at once
-constexpr ptrdiff_t summedAtOnce = 4 * lanesOf<FloatV>;
-static_assert(chunk % summedAtOnce == 0, "sums of a chunk are no part of the next");
-
 /// Rows of the strip and its margins, numbered slice by slice. Scratch memory holds those that a row meets,
-/// in turn: the samples of each, and what its pixels have summed up so far.
+/// in turn: the samples of each, and what its pixels have summed up so far. Lines are read in whole vectors:
+/// what lies beyond their pixels goes into sums that nobody reads.
 struct BilateralLayout {
   const image::StripSource& source;
   ptrdiff_t halfX, halfY, halfZ, width;
-  ptrdiff_t rowsPerSlice, held;  ///< rows: of a slice, in memory
-  ptrdiff_t columns;             ///< that are filtered from the first row to the last
+  ptrdiff_t rowsPerSlice;  ///< margins included
+  ptrdiff_t held;          ///< rows in memory
+  ptrdiff_t chunk;         ///< pixels of two rows that meet at once
+  ptrdiff_t columns;       ///< that are filtered from the first row to the last
   ptrdiff_t samplePitch, sumPitch, rowSize, weightPitch;  ///< floats
   size_t weights, results, end;                           ///< bytes
 
@@ -34,44 +34,56 @@ struct BilateralLayout {
         width(source.end[0] - source.begin[0]),
         rowsPerSlice(source.end[1] - source.begin[1] + 2 * halfY),
         held(halfZ * rowsPerSlice + halfY + 1),
+        // Small enough for the first-level cache, and large beside the half size: pixels before a chunk have
+        // their weights looked up once more.
+        chunk(smaller(larger(256, roundUp(2 * halfX, 16)), width)),
         // A plane in place has no buffer for results: the next columns would find those of these beside them.
-        columns(info.inPlace && halfZ == 0 ? width : smaller(chunk, width)),
-        samplePitch(roundUp(columns + 2 * halfX, summedAtOnce) + weighedAtOnce),
-        sumPitch(roundUp(columns, summedAtOnce)),
+        columns(info.inPlace && halfZ == 0 ? width : chunk),
+        samplePitch(roundUp(columns + 2 * halfX + weighedAtOnce, 16)),
+        sumPitch(roundUp(columns, 16)),
         rowSize(samplePitch + 2 * sumPitch),
-        weightPitch(chunk + roundUp(2 * halfX, weighedAtOnce) + weighedAtOnce),
+        weightPitch(roundUp(chunk + 2 * halfX + weighedAtOnce, 16)),
         weights(size_t(held) * size_t(rowSize) * sizeof(float)),
         results(weights + size_t(2 * halfX + 1) * size_t(weightPitch) * sizeof(float)),
         end(results + size_t(sumPitch) * sizeof(float)) {}
 };
 
-/// Adds to n sums, of weights and of weighted samples, those of `count` places side by side: those of a place
-/// are one sample and `step` weights further than those of the place before it.
+/// The sums, of weights and of weighted samples, of so many vectors of pixels, further by `count` places side
+/// by side: those of a place are one sample and `step` weights further than those of the place before it.
+template <int vectors>
 inline void addPlaces(float* weightSums, float* sums, const float* samples, const float* weights,
-                      ptrdiff_t step, const float* space, ptrdiff_t count, ptrdiff_t n) {
-  constexpr int lanes = lanesOf<FloatV>, vectors = summedAtOnce / lanes;
-  for (ptrdiff_t i = 0; i < n; i += summedAtOnce) {
-    FloatV weightSum[vectors], sum[vectors];
+                      ptrdiff_t step, const float* space, ptrdiff_t count) {
+  constexpr int lanes = lanesOf<FloatV>;
+  FloatV weightSum[vectors], sum[vectors];
+#pragma GCC unroll 4
+  for (int v = 0; v < vectors; ++v) {
+    weightSum[v] = loadVector<FloatV>(weightSums + v * lanes);
+    sum[v] = loadVector<FloatV>(sums + v * lanes);
+  }
+  for (ptrdiff_t p = 0; p < count; ++p) {
+    const FloatV factor = splat<FloatV>(space[p]);
 #pragma GCC unroll 4
     for (int v = 0; v < vectors; ++v) {
-      weightSum[v] = loadVector<FloatV>(weightSums + i + v * lanes);
-      sum[v] = loadVector<FloatV>(sums + i + v * lanes);
-    }
-    for (ptrdiff_t p = 0; p < count; ++p) {
-      const FloatV factor = splat<FloatV>(space[p]);
-#pragma GCC unroll 4
-      for (int v = 0; v < vectors; ++v) {
-        const FloatV weight = loadVector<FloatV>(weights + p * step + i + v * lanes) * factor;
-        weightSum[v] += weight;
-        sum[v] += weight * loadVector<FloatV>(samples + p + i + v * lanes);
-      }
-    }
-#pragma GCC unroll 4
-    for (int v = 0; v < vectors; ++v) {
-      storeVector(weightSums + i + v * lanes, weightSum[v]);
-      storeVector(sums + i + v * lanes, sum[v]);
+      const FloatV weight = loadVector<FloatV>(weights + p * step + v * lanes) * factor;
+      weightSum[v] += weight;
+      sum[v] += weight * loadVector<FloatV>(samples + p + v * lanes);
     }
   }
+#pragma GCC unroll 4
+  for (int v = 0; v < vectors; ++v) {
+    storeVector(weightSums + v * lanes, weightSum[v]);
+    storeVector(sums + v * lanes, sum[v]);
+  }
+}
+/// The same for n pixels.
+inline void addPlaces(float* weightSums, float* sums, const float* samples, const float* weights,
+                      ptrdiff_t step, const float* space, ptrdiff_t count, ptrdiff_t n) {
+  constexpr int vectors = 4;  // which hide the time that an addition takes
+  ptrdiff_t i = 0;
+  for (; i + vectors * lanesOf<FloatV> <= n; i += vectors * lanesOf<FloatV>)
+    addPlaces<vectors>(weightSums + i, sums + i, samples + i, weights + i, step, space, count);
+  for (; i < n; i += lanesOf<FloatV>)
+    addPlaces<1>(weightSums + i, sums + i, samples + i, weights + i, step, space, count);
 }
 
 template <class Table>
@@ -86,7 +98,7 @@ public:
         _results(reinterpret_cast<float*>(info.scratch + _l.results)) {}
 
   void run() const {
-    __builtin_memset(_info.scratch, 0, _l.weights);  // what is read beyond the samples
+    __builtin_memset(_info.scratch, 0, _l.end);  // what is read beyond the pixels
     for (ptrdiff_t x = 0; x < _l.width; x += _l.columns)
       filterColumns(_l.source.begin[0] + x, smaller(_l.columns, _l.width - x));
   }
@@ -125,7 +137,7 @@ private:
     for (ptrdiff_t i = 0; i < rows; ++i) {
       if (i + _l.held - 1 < rows) load(rowOf(i + _l.held - 1));
       const Row row = rowOf(i);
-      for (ptrdiff_t c = 0; c < n; c += chunk) meetOthers(row, c, smaller(chunk, n - c));
+      for (ptrdiff_t c = 0; c < n; c += _l.chunk) meetOthers(row, c, smaller(_l.chunk, n - c));
       if (!row.centre) continue;
       for (ptrdiff_t c = 0; c < n; c += lanesOf<FloatV>)
         storeVector(_results + c, loadVector<FloatV>(row.sums + c) / loadVector<FloatV>(row.weightSums + c));

@@ -13,7 +13,7 @@ namespace {
 
 using imaproc::filter::BilateralParameters;
 
-/// Lines that are weighed are read and written in whole multiples of this.
+/// Differences are weighed in groups of up to so many: lines are read and written up to the end of one.
 constexpr ptrdiff_t weighedAtOnce = 2 * lanesOf<FloatV>;
 
 /// The bins of differences. One that is NaN has the last bin: no value leaves the table.
@@ -34,7 +34,7 @@ class MemoryTable {
 public:
   explicit MemoryTable(const BilateralParameters& p) : _bins(p), _table(p.range) {}
 
-  /// The weights of n differences.
+  /// The weights of the differences of a and b: of n, and of those that fill up the last group.
   void weigh(float* weights, const float* a, const float* b, ptrdiff_t n) const {
     constexpr ptrdiff_t atOnce = 512;
     int bins[atOnce];
@@ -83,7 +83,7 @@ public:
     }
   }
 
-  /// The weights of n differences.
+  /// As that of MemoryTable.
   void weigh(float* weights, const float* a, const float* b, ptrdiff_t n) const {
     const RegisterTable table = *this;
     constexpr ptrdiff_t lanes = lanesOf<FloatV>;

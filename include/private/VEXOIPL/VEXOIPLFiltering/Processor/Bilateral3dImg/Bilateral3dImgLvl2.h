@@ -6,7 +6,7 @@
 
 namespace vexo::imaproc::filter {
 
-/// Level 2, one volume: cuts it into bands of slices with the margins of the window, for level 3.
+/// Level 2, one volume: cuts it into bands of rows of all slices with the margins of the window, for level 3.
 class VEXO_API Bilateral3dImgLvl2 final
     : public FilterClass<Bilateral3dImgLvl2, processor::BaseAsync1Processor, attr::InSubImg3d> {
 public:

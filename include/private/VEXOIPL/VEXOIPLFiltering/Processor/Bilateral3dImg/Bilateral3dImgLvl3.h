@@ -12,7 +12,7 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::Bilateral3dImgLvl3;
 
   /// A row of all slices is much work.
-  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {32, 8}; }
+  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {16, 4}; }
 };
 
 }  // namespace vexo::imaproc::filter

@@ -107,7 +107,7 @@ private:
     for (ptrdiff_t i = begin - _reach; i < begin + _reach; ++i) load(i);
     if (axis != 0)
       for (ptrdiff_t d = 1; d <= _l.kept; ++d)
-        for (ptrdiff_t i = begin - d; i < begin; ++i)
+        for (ptrdiff_t i = begin - d; i < smaller(begin, _s.end[inner] - d); ++i)
           _table.weigh(keptLine(i, d), lineOf(i), lineOf(i + d), n);
     for (ptrdiff_t i = begin; i < _s.end[inner]; ++i) {
       load(i + _reach);

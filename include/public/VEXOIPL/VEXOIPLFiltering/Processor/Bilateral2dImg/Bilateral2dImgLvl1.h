@@ -36,7 +36,8 @@ private:
 /// negative one counts as positive, but gives h = 0 when h is derived from it.
 /// The range of the whole image sets the bins: a float image with an infinity, or a value far beyond the
 /// others, has them too wide to tell those apart. Deviations too small or too large for their squares count
-/// as 0 or as infinite. Memory of a thread: the rows of the window as floats.
+/// as 0 or as infinite. Memory of a thread, as floats: 5 h rows of up to 256 columns, or 2 h; in place, of
+/// whole rows.
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, h is too large or the window has
 /// more than 268435456 pixels, the sizes of the output differ, the output overlaps the input without being

@@ -21,10 +21,10 @@ private:
 /// volume of a multi-channel image or of a time series is filtered on its own. Types, ranges, NaN, deviations
 /// that leave no weight and failures are those of bilateral2dImg.
 ///
-/// A strip is at least 32 rows, or eight times h, of all slices. In place, the rows that strips read from
-/// each other are saved first, and each thread holds the results of a strip: up to the memory of another
-/// image. Memory of a thread besides: up to 256 columns of a strip and its margins in h + 1 slices, as
-/// floats, three times.
+/// A strip is at least 16 rows, or four times h, of all slices. In place, the rows that strips read from each
+/// other are saved first, and each thread holds the results of a strip: up to the memory of another image.
+/// Memory of a thread besides, as floats: three times up to 256 columns, or 2 h, of a strip and its margins
+/// in h + 1 slices.
 VEXO_API boost::shared_ptr<image::BaseImage> bilateral3dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<image::BaseImage> bilateral3dImg(
