@@ -197,6 +197,18 @@ std::vector<std::pair<double, double>> stepsOf(eImageBufferType type) {
   }
 }
 
+/// Runs a test under each instruction set.
+template <class Test>
+void forEachSet(const Family& family, const Test& test) {
+  for (const auto& sets : offeredSets()) {
+    SCOPED_TRACE(core::toString(sets.getSets()));
+    std::vector<std::unique_ptr<ForcedSets>> forced;
+    for (const std::string& kernel : family.kernels)
+      forced.push_back(std::make_unique<ForcedSets>("vexo::imaproc::filter::" + kernel, sets));
+    test();
+  }
+}
+
 class Bilateral : public ::testing::TestWithParam<std::tuple<std::size_t, eImageBufferType>> {
 protected:
   const Family& family() const { return families[std::get<0>(GetParam())]; }
@@ -206,16 +218,9 @@ protected:
     family().fill(in, s, result);
     return result;
   }
-  /// Runs a test under each instruction set.
   template <class Test>
   void forEachSet(const Test& test) const {
-    for (const auto& sets : offeredSets()) {
-      SCOPED_TRACE(core::toString(sets.getSets()));
-      std::vector<std::unique_ptr<ForcedSets>> forced;
-      for (const std::string& kernel : family().kernels)
-        forced.push_back(std::make_unique<ForcedSets>("vexo::imaproc::filter::" + kernel, sets));
-      test();
-    }
+    filter::forEachSet(family(), test);
   }
 };
 INSTANTIATE_TEST_SUITE_P(All, Bilateral,
@@ -238,37 +243,46 @@ TEST_P(Bilateral, EveryOutputTypeAndInstructionSetFollowsTheDefinition) {
 }
 
 TEST_P(Bilateral, EverySizeOfWindowAndImage) {
+  std::vector<std::pair<ImageGeometry, std::uint32_t>> cases;
   for (const ImageGeometry& shape :
        {ImageGeometry{1, 1}, {1, 6, 2}, {300, 3}, {7, 5, 4}, {3, 150}, {5, 80, 3}})
-    for (const std::uint32_t half : {1u, 6u, 40u}) {
-      if (half == 40 && !family().separated) continue;  // whose reference would take minutes
-      const auto [low, high] = stepsOf(type())[0];
-      const ImagePtr in = withGaps(*stepImage(shape, type(), low, high), shape.x % 4);
-      const Setting s = {half, 3, (high - low) / 3};
-      const ImagePtr expected = reference(*in, family(), s, type());
-      forEachSet([&] {
-        const ImagePtr out = withGaps(*in, 1);
-        family().fill(in, s, out);
-        EXPECT_TRUE(sameBits(*out, *expected)) << shape.x << " x " << shape.y << ", half " << half;
-      });
-    }
+    for (const std::uint32_t half : {1u, 6u}) cases.emplace_back(shape, half);
+  if (family().separated)
+    for (const ImageGeometry& shape : {ImageGeometry{250, 3}, {3, 150}, {2, 3, 90}})
+      for (const std::uint32_t half : {40u, 70u}) cases.emplace_back(shape, half);
+  else if (!family().volumes)
+    cases.insert(cases.end(), {{{7, 5, 4}, 20}, {{3, 1}, 520}});
+  for (const auto& [shape, half] : cases) {
+    const auto [low, high] = stepsOf(type())[0];
+    const ImagePtr in = withGaps(*stepImage(shape, type(), low, high), shape.x % 4);
+    const Setting s = {half, half / 2.0, (high - low) / 3};
+    const ImagePtr expected = reference(*in, family(), s, type());
+    forEachSet([&, half = half, &shape = shape] {
+      const ImagePtr out = withGaps(*in, 1);
+      family().fill(in, s, out);
+      EXPECT_TRUE(sameBits(*out, *expected)) << shape.x << " x " << shape.y << ", half " << half;
+    });
+  }
 }
 
 TEST_P(Bilateral, BitsDoNotDependOnThreadsPlaceOrCallForm) {
   const auto [low, high] = stepsOf(type()).back();
-  const ImagePtr in = stepImage({70, 170, family().volumes ? 12u : 2u}, type(), low, high);
   const Setting s = {2, 1.4, (high - low) / 6};  // the half size that the deviation gives
-  const ImagePtr expected = run(in, s, type());
-  forEachSet([&] {
-    for (const std::size_t threads : {1u, 3u, 7u}) {
-      core::ActionRunner::getInstance().setThreadCount(threads);
-      const ImagePtr same = copyOf(*in);
-      family().fill(same, s, same);
-      EXPECT_TRUE(sameBits(*same, *expected)) << "in place, " << threads << " threads";
-      EXPECT_TRUE(sameBits(*run(in, s, type()), *expected)) << threads << " threads";
-    }
-    core::ActionRunner::getInstance().setThreadCount(0);
-  });
+  ImagePtr in, expected;
+  for (const ImageGeometry& shape : {ImageGeometry{530, 70}, {70, 170, family().volumes ? 12u : 2u}}) {
+    in = stepImage(shape, type(), low, high);
+    expected = run(in, s, type());
+    forEachSet([&] {
+      for (const std::size_t threads : {1u, 3u, 7u}) {
+        core::ActionRunner::getInstance().setThreadCount(threads);
+        const ImagePtr same = copyOf(*in);
+        family().fill(same, s, same);
+        EXPECT_TRUE(sameBits(*same, *expected)) << "in place, " << threads << " threads";
+        EXPECT_TRUE(sameBits(*run(in, s, type()), *expected)) << threads << " threads";
+      }
+      core::ActionRunner::getInstance().setThreadCount(0);
+    });
+  }
   const ImagePtr out = Image::create(in->getGeometry(), type());
   for (const OutPtr& result : {family().derive(in, s.space, s.range), family().create(in, s),
                                family().deriveAsync(in, s.space, s.range), family().createAsync(in, s),
@@ -355,6 +369,24 @@ TEST_P(BilateralOfFloats, InfinitiesAndHugeRanges) {
     EXPECT_FALSE(std::isnan(getSample(*run(in, {2, 1, 1}, type()), 30, 20)));
     EXPECT_TRUE(sameBits(*run(huge, {1, 1, 1e37}, type()), *expected));
   });
+}
+
+// Tables of up to 256 bins may be looked up in another way than larger ones.
+TEST(BilateralTables, OfEachSizeAreReadToTheirEnd) {
+  for (const int levels : {1, 2, 255, 256, 257, 300})
+    for (const Family& family : families) {
+      const ImagePtr in = Image::create({60, 9, 2}, eImageBufferType::UInt16);
+      forEachSample(in->getGeometry(), [&](auto x, auto y, auto... at) {
+        setSample(*in, 700 + (x % 2 == 0 ? 0 : levels - 1 - int(y) % levels), x, y, at...);
+      });
+      const Setting s = {1, 1, 100};
+      const ImagePtr expected = reference(*in, family, s, eImageBufferType::Real32);
+      forEachSet(family, [&] {
+        const ImagePtr out = Image::create(in->getGeometry(), eImageBufferType::Real32);
+        family.fill(in, s, out);
+        EXPECT_TRUE(sameBits(*out, *expected)) << family.name << ", " << levels << " levels";
+      });
+    }
 }
 
 TEST(BilateralTables, FollowTheirDefinition) {
