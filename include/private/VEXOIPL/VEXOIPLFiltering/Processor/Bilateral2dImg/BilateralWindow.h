@@ -106,7 +106,7 @@ public:
 private:
   struct Row {
     ptrdiff_t y, z;
-    bool centre;  ///< is a row of the strip
+    bool inStrip;  ///< not in the margins: its pixels are centres
     float *samples, *weightSums, *sums;
   };
   Row rowAt(ptrdiff_t y, ptrdiff_t z) const {
@@ -138,7 +138,7 @@ private:
       if (i + _l.held - 1 < rows) load(rowOf(i + _l.held - 1));
       const Row row = rowOf(i);
       for (ptrdiff_t c = 0; c < n; c += _l.chunk) meetOthers(row, c, smaller(_l.chunk, n - c));
-      if (!row.centre) continue;
+      if (!row.inStrip) continue;
       for (ptrdiff_t c = 0; c < n; c += lanesOf<FloatV>)
         storeVector(_results + c, loadVector<FloatV>(row.sums + c) / loadVector<FloatV>(row.weightSums + c));
       _info.storers[0](_info.targets[0], _results, x, row.y, row.z, n);
@@ -147,11 +147,11 @@ private:
 
   /// The pixels c to c + n of a row meet those of themselves and the rows after it.
   void meetOthers(const Row& row, ptrdiff_t c, ptrdiff_t n) const {
-    if (row.centre) meetItself(row, c, n);
+    if (row.inStrip) meetItself(row, c, n);
     for (ptrdiff_t dz = 0; dz <= _l.halfZ; ++dz)
       for (ptrdiff_t dy = dz == 0 ? 1 : -_l.halfY; dy <= _l.halfY; ++dy) {
         const Row other = rowAt(row.y + dy, row.z + dz);
-        if (row.centre || other.centre) meet(row, other, dy, dz, c, n);
+        if (row.inStrip || other.inStrip) meet(row, other, dy, dz, c, n);
       }
   }
 
@@ -172,10 +172,10 @@ private:
   void meet(const Row& row, const Row& other, ptrdiff_t dy, ptrdiff_t dz, ptrdiff_t c, ptrdiff_t n) const {
     const ptrdiff_t h = _l.halfX, size = 2 * h + 1;
     for (ptrdiff_t dx = -h; dx <= h; ++dx) weigh(row, other, dx, c, n);
-    if (other.centre)
+    if (other.inStrip)
       addPlaces(other.weightSums + c, other.sums + c, row.samples + c, weightsOf(h) - h, 1 - _l.weightPitch,
                 spaceOf(-dy, -dz), size, n);
-    if (row.centre)
+    if (row.inStrip)
       addPlaces(row.weightSums + c, row.sums + c, other.samples + c, weightsOf(-h), _l.weightPitch,
                 spaceOf(dy, dz), size, n);
   }
