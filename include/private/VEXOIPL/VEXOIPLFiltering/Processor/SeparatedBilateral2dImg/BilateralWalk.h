@@ -88,6 +88,7 @@ public:
         _reach(axis == 0 ? 0 : _l.half) {}
 
   void run() const {
+    __builtin_memset(_info.scratch, 0, _l.end);  // what is read beyond the pixels
     for (ptrdiff_t x = _s.begin[0]; x < _s.end[0]; x += _l.columns)
       for (ptrdiff_t o = _s.begin[outer]; o < _s.end[outer]; ++o)
         walkTile(x, smaller(_l.columns, _s.end[0] - x), o);
@@ -98,7 +99,6 @@ private:
 
   void walkTile(ptrdiff_t x, ptrdiff_t n, ptrdiff_t o) const {
     float* const results = reinterpret_cast<float*>(_info.scratch + _l.results);
-    __builtin_memset(_info.scratch, 0, _l.weights);  // what is read beyond the samples
     const auto load = [&](ptrdiff_t i) {
       _info.loaders[0](lineOf(i), _s, x - _s.marginBefore[0], inner == 1 ? i : o, inner == 1 ? o : i,
                        n + 2 * _s.marginBefore[0]);
@@ -119,12 +119,13 @@ private:
   void walkChunk(float* results, ptrdiff_t i, ptrdiff_t c, ptrdiff_t n) const {
     Walked walked;
     const float* centres = samplesAt(i, c, 0);
-    for (ptrdiff_t k = 0; k < n; k += lanesOf<FloatV>) {
+    const ptrdiff_t read = roundUp(n, walkedAtOnce);
+    for (ptrdiff_t k = 0; k < read; k += lanesOf<FloatV>) {
       storeVector(walked.weightSums + k, splat<FloatV>(1));
       storeVector(walked.sums + k, loadVector<FloatV>(centres + k));
     }
     for (int side = 1; side >= -1; side -= 2) {
-      for (ptrdiff_t k = 0; k < n; k += lanesOf<FloatV>) storeVector(walked.running + k, splat<FloatV>(1));
+      for (ptrdiff_t k = 0; k < read; k += lanesOf<FloatV>) storeVector(walked.running + k, splat<FloatV>(1));
       for (ptrdiff_t first = 1; first <= _l.half; first += block) {
         const ptrdiff_t count = smaller(block, _l.half - first + 1);
         const float *samples[block], *weights[block];
