@@ -36,20 +36,21 @@ public:
 
   /// The weights of the differences of a and b: of n, and of those that fill up the last group.
   void weigh(float* weights, const float* a, const float* b, ptrdiff_t n) const {
+    const MemoryTable table = *this;  // in registers, whatever is stored
     constexpr ptrdiff_t atOnce = 512;
     int bins[atOnce];
     for (; n > 0; n -= atOnce, weights += atOnce, a += atOnce, b += atOnce) {
       const ptrdiff_t count = smaller(n, atOnce);
       for (ptrdiff_t i = 0; i < count; i += lanesOf<FloatV>) {
-        const IntV found = _bins.of(loadVector<FloatV>(a + i), loadVector<FloatV>(b + i));
+        const IntV found = table._bins.of(loadVector<FloatV>(a + i), loadVector<FloatV>(b + i));
         __builtin_memcpy(bins + i, &found, sizeof found);
       }
 #pragma GCC unroll 2
       for (ptrdiff_t i = 0; i < count; i += 4) {
         unsigned long long pairs[2];
         __builtin_memcpy(pairs, bins + i, sizeof pairs);
-        storeVector(weights + i, Float4{_table[pairs[0] & 0xffffffff], _table[pairs[0] >> 32],
-                                        _table[pairs[1] & 0xffffffff], _table[pairs[1] >> 32]});
+        storeVector(weights + i, Float4{table._table[pairs[0] & 0xffffffff], table._table[pairs[0] >> 32],
+                                        table._table[pairs[1] & 0xffffffff], table._table[pairs[1] >> 32]});
       }
     }
   }
