@@ -78,6 +78,7 @@ TEST(FilteringRegistration, EveryRegisteredClassDescribesItself) {
     SCOPED_TRACE(name);
     const auto made = processor::ProcessorFactory::createProcessor(name);
     EXPECT_EQ(made->getClassName(), name);
+    EXPECT_EQ(made->getClassVersion(), name == "vexo::imaproc::filter::HistoMedian3dImgLvl3" ? 2u : 1u);
     const std::string level = name.substr(name.size() - 1);
     EXPECT_EQ(made->getToolTip().rfind("Level " + level + " algorithm: ", 0), 0u) << made->getToolTip();
     EXPECT_TRUE(made->getAttributes().empty());

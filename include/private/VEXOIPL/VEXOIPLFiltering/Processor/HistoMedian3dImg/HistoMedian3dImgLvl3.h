@@ -9,6 +9,7 @@ class VEXO_API HistoMedian3dImgLvl3 final
     : public HistogramMedianLvl3<HistoMedian3dImgLvl3, attr::InKnlZStrip3d, attr::OutZStrip3d> {
 public:
   static constexpr auto toolTipId = eProcessorMessage::HistoMedian3dImgLvl3;
+  static constexpr std::uint32_t version = 2;
 
   /// A slice is much work.
   static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {4, 1}; }
