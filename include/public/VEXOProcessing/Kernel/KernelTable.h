@@ -25,6 +25,7 @@ struct ProcessingInfo {
   const void* parameters;             ///< what the third-level class passes, a plain structure of its own
   bool inPlace;                       ///< a target is the image that a source reads
   bool integers;                      ///< the first source and the first target hold integers
+  bool unsignedInput;                 ///< those of the first source have no sign
   unsigned char* scratch;             ///< KernelTable::scratchSize bytes, aligned to 64, uninitialised
 };
 

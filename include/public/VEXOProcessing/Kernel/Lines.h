@@ -102,27 +102,31 @@ inline void storeFloatLine(const image::StripTarget& t, const float* line, ptrdi
   storeFloats(row, line, i, n);
 }
 
-/// The low bits of the 32-bit integers of a row: what the wrap rule makes of them.
+/// The low bits of the 32-bit integers of a row, none taken for larger than `most`.
 template <class To>
-inline void truncateRow(const image::StripTarget& t, const image::StripSource& s, ptrdiff_t y, ptrdiff_t z) {
+inline void truncateRow(const image::StripTarget& t, const image::StripSource& s, ptrdiff_t y, ptrdiff_t z,
+                        unsigned most) {
   const unsigned char* from = image::sourceRow(s, y, z) + s.begin[0] * s.sampleSize;
   unsigned char* to = image::targetRow(t, y, z) + (s.begin[0] - t.begin[0]) * t.sampleSize;
   for (ptrdiff_t i = 0; i < s.end[0] - s.begin[0]; ++i) {
-    const To value = To(readSample<unsigned>(from + i * ptrdiff_t(sizeof(unsigned))));
+    const unsigned sample = readSample<unsigned>(from + i * ptrdiff_t(sizeof(unsigned)));
+    const To value = To(sample < most ? sample : most);
     __builtin_memcpy(to + i * ptrdiff_t(sizeof value), &value, sizeof value);
   }
 }
 
-/// Copies a strip of 32-bit integers into integers; false for other types, whose values are floats without
+/// Copies a strip of 32-bit integers into integers, as the wrap rule has it: small ones are the low bits of a
+/// signed integer, in which large values saturate. False for other types, whose values are floats without
 /// loss.
 inline bool copyIntegers(const processor::ProcessingInfo& info, const image::StripSource& s) {
   if (!info.integers || s.sampleSize != 4) return false;
   const image::StripTarget& t = info.targets[0];
+  const unsigned most = info.unsignedInput && t.sampleSize < 4 ? 0x7fffffff : 0xffffffff;
   for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
     for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y) {
-      if (t.sampleSize == 1) truncateRow<unsigned char>(t, s, y, z);
-      if (t.sampleSize == 2) truncateRow<unsigned short>(t, s, y, z);
-      if (t.sampleSize == 4) truncateRow<unsigned>(t, s, y, z);
+      if (t.sampleSize == 1) truncateRow<unsigned char>(t, s, y, z, most);
+      if (t.sampleSize == 2) truncateRow<unsigned short>(t, s, y, z, most);
+      if (t.sampleSize == 4) truncateRow<unsigned>(t, s, y, z, most);
     }
   return true;
 }
