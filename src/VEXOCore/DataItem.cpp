@@ -1,8 +1,10 @@
 #include "VEXOCore/DataItem.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <sstream>
+#include <vector>
 
 namespace vexo {
 
@@ -131,6 +133,10 @@ std::string dataItemToText(const BaseDataItemNode& item) {
 }
 
 BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item) {
+  std::vector<const BaseDataItemLeaf*> given;
+  const auto isGiven = [&](const BaseDataItemLeaf& leaf) {
+    return std::find(given.begin(), given.end(), &leaf) != given.end();
+  };
   std::istringstream fields(text);
   std::string field;
   for (std::size_t position = 0; std::getline(fields, field, ','); ++position) {
@@ -150,7 +156,11 @@ BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item) {
     if (const BoolResult set = leaf->setText(equals == std::string::npos ? field : field.substr(equals + 1));
         !set)
       return BoolResult::failure(leaf->getKey() + ": " + set.getMessage());
+    if (isGiven(*leaf)) return BoolResult::failure(leaf->getKey() + " is given twice");
+    given.push_back(leaf);
   }
+  for (std::size_t i = 0; item.needsAllLeaves() && i < item.getLeafCount(); ++i)
+    if (!isGiven(item.getLeaf(i))) return BoolResult::failure(item.getLeaf(i).getKey() + " is missing");
   return true;
 }
 

@@ -99,6 +99,7 @@ TEST(DataItem, BadTextIsRefusedWithAReason) {
                                                        {"Radius", "'Radius'"},
                                                        {"Depth=1", "the fields are Radius, Name"},
                                                        {"Name=x,Radius=", "Radius"},
+                                                       {"Name=x,Name=y", "Name is given twice"},
                                                        {"=1", "''"}};
   for (const auto& [text, why] : texts) {
     Item item;

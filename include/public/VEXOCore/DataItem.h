@@ -85,6 +85,8 @@ public:
   const std::string& getKey() const { return _key; }
   const std::string& getDescription() const { return _description; }
   virtual std::uint32_t getVersion() const { return 1; }
+  /// Whether a text must give every leaf, because none has a usual value.
+  virtual bool needsAllLeaves() const { return false; }
 
   std::size_t getLeafCount() const { return _leaves.size(); }
   BaseDataItemLeaf& getLeaf(std::size_t index) { return *_leaves[index]; }
@@ -111,8 +113,8 @@ private:
 /// for a comma inside a text.
 VEXO_API std::string dataItemToText(const BaseDataItemNode& item);
 /// Sets the named leaves; a value without a name goes to the leaf at its position ("0,255" for a range). On
-/// failure the message names the key, and the valid keys when it is unknown. Leaves set before the failure
-/// keep their new values.
+/// failure the message names the key, and the valid keys when it is unknown: also of a leaf that is given
+/// twice, or is missing although it is needed. Leaves set before the failure keep their new values.
 VEXO_API BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item);
 
 }  // namespace vexo

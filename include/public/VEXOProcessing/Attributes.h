@@ -149,12 +149,13 @@ public:
     minimum.setValue(minimumValue);
     maximum.setValue(maximumValue);
   }
+  bool needsAllLeaves() const override { return true; }
   DataItemLeaf<double> minimum{"minimum", "Lowest value of the interval"};
   DataItemLeaf<double> maximum{"maximum", "Highest value of the interval, which belongs to it"};
 };
 class InInputRange : public processor::Attribute<InInputRange, boost::shared_ptr<const Range>> {
 public:
-  static constexpr char toolTip[] = "Range of the input's samples; those outside count as its nearer end";
+  static constexpr char toolTip[] = "Range of the input's samples, for which the 256 levels are chosen";
   static BoolResult check(const boost::shared_ptr<const Range>& range) {
     if (!range || range->minimum.getValue() <= range->maximum.getValue()) return true;
     return BoolResult::failure(dataItemToText(*range) + " is reversed, or no range of numbers");

@@ -31,9 +31,9 @@ private:
 /// Samples are counted in 256 levels. Over a range of up to 255 integers have a level each, and the result is
 /// the median, exactly. Over a larger one, and for float32, a level is (sample - minimum) * 256 / (maximum -
 /// minimum + 1), truncated, and the result the lower edge of the median's level, minimum + level * (maximum -
-/// minimum + 1) / 256, for integers truncated: it differs from the median by less than a level. Samples
-/// outside the range count in the nearest level, NaN in the lowest. The result is converted to the output's
-/// type: it saturates in integer outputs, a fraction is rounded half away from zero.
+/// minimum + 1) / 256, for integers truncated: it differs from the median by less than a level. Levels
+/// are cut to 0 to 255, which may reach beyond the range; NaN has level 0. The result is converted to the
+/// output's type: it saturates in integer outputs, a fraction is rounded half away from zero.
 ///
 /// The time per pixel does not grow with the window; the memory of a thread does, with its rows and columns.
 /// histoO1MedianXStrip2dImg is the same for images of 1000 columns and more.
