@@ -29,7 +29,7 @@ Bins binsFor(image::eImageBufferType type, const boost::shared_ptr<const attr::S
   return {65536, static_cast<float>(most / range)};
 }
 
-/// In single precision, unless the square of the deviation, or of a difference, is no float.
+/// In single precision, unless a difference, its square or that of the deviation is no float.
 attr::Floats makeRangeTable(const Bins& bins, double sigma) {
   const double exact = -0.5 / (sigma * sigma);
   const auto coefficient = static_cast<float>(exact);
@@ -37,7 +37,7 @@ attr::Floats makeRangeTable(const Bins& bins, double sigma) {
   for (std::size_t i = 0; i < table.size(); ++i) {
     const float difference = static_cast<float>(i) / bins.scale;
     const float squared = difference * difference;
-    const double wide = difference;
+    const double wide = std::isfinite(difference) ? difference : static_cast<double>(i) / bins.scale;
     const float weight = std::isnormal(coefficient) && std::isfinite(squared)
                              ? std::exp(squared * coefficient)
                              : static_cast<float>(std::exp(wide * wide * exact));

@@ -426,6 +426,9 @@ TEST(BilateralTables, FollowTheirDefinition) {
   filter->set<attr::InRangeSigma>(1e-3);
   EXPECT_EQ(tablesOf(eImageBufferType::Real32, 0, 2, eBilateralWindow::Square).range->at(32),
             std::exp((32 / 32768.f) * (32 / 32768.f) * static_cast<float>(-0.5 / 1e-6)));
+  filter->set<attr::InRangeSigma>(4e38);  // the last differences are no floats
+  EXPECT_NEAR(tablesOf(eImageBufferType::Real32, -3e38, 3e38, eBilateralWindow::Square).range->back(),
+              std::exp(-0.5 * 1.5 * 1.5), 1e-4);
 }
 
 }  // namespace
