@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <stdexcept>
 
+#include "VEXOCore/BaseException.h"
 #include "VEXOImageIO/ImageIO.h"
 #include "Words.h"
 
@@ -15,12 +17,12 @@ using processor::BaseProcessor;
 
 namespace {
 
-image::eImageBufferType parseType(const std::string& name) {
+image::eImageBufferType parseType(const BaseImageAttribute& output, const std::string& name) {
   std::vector<std::string> names;
   for (std::size_t i = 0; i < image::imageBufferTypeCount; ++i)
     names.emplace_back(image::toString(static_cast<image::eImageBufferType>(i)));
   image::eImageBufferType type{};
-  if (!image::fromString(name, type)) refuseWord("sample type", name, names);
+  if (!image::fromString(name, type)) refuseWord("sample type of --" + output.getName(), name, names);
   return type;
 }
 
@@ -37,15 +39,28 @@ bool areOneFile(const std::string& a, const std::string& b) {
   return getFullPath(a) == getFullPath(b);
 }
 
+/// Calls it(); its failure names the attribute, too.
+template <class It>
+auto nameFailure(const BaseImageAttribute& attribute, It it) {
+  try {
+    return it();
+  } catch (const BaseException& error) {
+    throw std::runtime_error(attribute.getName() + ": " + error.what());
+  }
+}
+
 }  // namespace
 
 void ImageFiles::add(const boost::shared_ptr<BaseImageAttribute>& attribute, const std::string& word) {
   File file{attribute, word, {}};
-  const std::string key = ",type=";
-  const std::size_t at = word.rfind(key);
-  if (!attribute->isInput() && at != std::string::npos) {
-    file.path = word.substr(0, at);
-    file.type = parseType(word.substr(at + key.size()));
+  const std::size_t comma = word.rfind(','), equals = word.find('=', comma);
+  // Commas may stand in paths, but these end in an extension.
+  if (!attribute->isInput() && comma != std::string::npos && equals != std::string::npos &&
+      word.find_first_of("./", equals) == std::string::npos) {
+    const std::string key = word.substr(comma + 1, equals - comma - 1);
+    if (key != "type") refuseWord("suffix of --" + attribute->getName(), key, {"type"});
+    file.path = word.substr(0, comma);
+    file.type = parseType(*attribute, word.substr(equals + 1));
   }
   for (const File& other : _files)
     if (attribute->isOutput() && other.attribute->isOutput() && areOneFile(file.path, other.path))
@@ -62,7 +77,7 @@ bool ImageFiles::haveOutput() const {
 void ImageFiles::setUnreadInputs() const {
   for (const File& file : _files) {
     if (!file.attribute->isInput()) continue;
-    const image::io::ImageInfo info = image::io::readImageInfo(file.path);
+    const auto info = nameFailure(*file.attribute, [&] { return image::io::readImageInfo(file.path); });
     file.attribute->setImage(image::Image::create(info.geometry, info.type));
   }
 }
@@ -80,7 +95,8 @@ void ImageFiles::checkOutputs(const BaseProcessor& processor) const {
   for (const File& file : _files) {
     if (!file.attribute->isOutput()) continue;
     const auto description = processor.describeOutput(*file.attribute);
-    image::io::checkWritable(file.path, description.geometry, description.type);
+    nameFailure(*file.attribute,
+                [&] { image::io::checkWritable(file.path, description.geometry, description.type); });
   }
 }
 
@@ -89,16 +105,18 @@ void ImageFiles::readInputs() const {
   for (const File& file : _files) {
     if (!file.attribute->isInput()) continue;
     auto& image = images[getFullPath(file.path)];
-    if (!image) image = image::io::readImage(file.path);
+    if (!image) image = nameFailure(*file.attribute, [&] { return image::io::readImage(file.path); });
     file.attribute->setImage(image);
   }
 }
 
 void ImageFiles::writeOutputs() const {
-  for (const File& file : _files)
-    if (file.attribute->isOutput())
-      image::io::writeImage(image::hostImage(file.attribute->getImage(), file.attribute->getName().c_str()),
-                            file.path);
+  for (const File& file : _files) {
+    if (!file.attribute->isOutput()) continue;
+    const image::Image& image =
+        image::hostImage(file.attribute->getImage(), file.attribute->getName().c_str());
+    nameFailure(*file.attribute, [&] { image::io::writeImage(image, file.path); });
+  }
 }
 
 }  // namespace vexo::app

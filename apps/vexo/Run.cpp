@@ -1,11 +1,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <system_error>
 
 #include "Commands.h"
 #include "ImageFiles.h"
@@ -46,7 +48,8 @@ std::string resolveValue(const std::string& attributeName, const std::string& wo
   std::ifstream file(word.substr(1), std::ios::binary);
   file.peek();  // tells a folder from a file
   if (!file.is_open() || file.bad())
-    throw std::runtime_error(attributeName + ": cannot read '" + word.substr(1) + "'");
+    throw std::runtime_error(attributeName + ": cannot read '" + word.substr(1) +
+                             "': " + std::generic_category().message(errno));
   std::string text(std::istreambuf_iterator<char>(file), {});
   const char* const blanks = " \t\r\n";
   text.erase(text.find_last_not_of(blanks) + 1);

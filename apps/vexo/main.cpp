@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <new>
 
@@ -84,5 +85,6 @@ int main(int argc, char** argv) {
   // Were one of the standard streams closed, the next file that is opened would take its place.
   for (int descriptor = 0; descriptor >= 0 && descriptor <= STDERR_FILENO;)
     if (descriptor = open("/dev/null", O_RDONLY); descriptor > STDERR_FILENO) close(descriptor);
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write
   return vexo::app::callMain(vexo::app::WordList(argv + std::min(argc, 1), argv + argc));
 }

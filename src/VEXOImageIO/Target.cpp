@@ -28,8 +28,7 @@ void Target::resolve() {
   _isReplaced = fs::is_regular_file(status);
   _isDevice = exists && !_isReplaced;
   if (!_isDevice) followLinks();
-  if (!_isDevice && !fs::is_directory(getFolder(), error))
-    fail(VEXO_HERE, "the folder ", getFolder(), " does not exist");
+  if (!_isDevice && !fs::is_directory(getFolder(), error)) fail(VEXO_HERE, getFolder(), " is no folder");
   if (!_isDevice && ::access(getFolder().c_str(), W_OK | X_OK) != 0)
     fail(VEXO_HERE, "the folder ", getFolder(), ": ", describeErrno(errno));
   if (exists && ::access(_resolved.c_str(), W_OK) != 0) fail(VEXO_HERE, describeErrno(errno));

@@ -66,7 +66,7 @@ TEST_F(ImageIO, UnwritableImagesAreRefusedBeforeAnyWork) {
                         {"a.png", {3, 2, 1, 5}, u8, "(c)"},
                         {"a.png", {3, 2, 1, 1, 2}, u8, "(t)"},
                         {"a.bmp", {3, 2}, u8, "'.bmp'"},
-                        {"no/a.tif", {3, 2}, u8, "does not exist"},
+                        {"no/a.tif", {3, 2}, u8, "no folder"},
                         {"temporary", {3, 2}, u8, "folder"},
                         {"new/", {3, 2}, u8, "no file"},
                         {"a.tif", {1, 1, million}, u8, "planes"}}) {

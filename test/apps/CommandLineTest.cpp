@@ -231,7 +231,9 @@ TEST_F(CommandLineTest, WordsThatAreOff) {
       {files + "--threads=", "''"},
       {files + "--instruction-set avx3", "avx2"},
       {files + "--log-level inf", "INFO"},
-      {mean + "--InImg in.tif --OutImg out.tif,type=uint7", "uint8"},
+      {mean + "--InImg in.tif --OutImg out.tif,type=uint7", "--OutImg 'uint7'; nearest: uint8"},
+      {mean + "--InImg in.tif --OutImg out.tif,tpye=uint8", "--OutImg 'tpye'; nearest: type"},
+      {"run HistoO1Median2dImg --InImg in.tif --OutImg out.tif --InInputRange 5", "maximum is missing"},
       {mean + "--InImg --OutImg out.tif", "missing before --OutImg"},
       {run + "--InHalfKnlSizeX -1", "'-1' is not"},
       {run + "--InHalfKnlSizeX=-1", "'-1' is not"},
@@ -259,19 +261,19 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
     std::string words, why;
   } cases[] = {
       {"info none.tif", "none.tif"},
-      {mean + "--InImg none.tif --OutImg out.tif", "none.tif"},
+      {mean + "--InImg none.tif --OutImg out.tif", "InImg: cannot read 'none.tif'"},
       {mean + "--InImg text.tif --OutImg out.tif", "text.tif"},
       {mean + "--InImg in.tif", "OutImg"},
       {mean + "--OutImg out.tif", "InImg"},
       {run + "--InHalfKnlSizeX 1", "InHalfKnlSizeY"},
       {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY 40000", "40000"},
-      {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY @none.txt", "none.txt"},
+      {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY @none.txt", "'none.txt': No such file"},
       {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY @.", "'.'"},
       {mean + "--InImg in.tif --OutImg out.jpg", ".jpg"},
       {mean + "--InImg in.tif --OutImg none/out.tif", "none"},
       {mean + "--InImg in.tif --OutImg .", "folder"},
       {mean + "--InImg in.tif --OutImg out.png,type=float32", "float32"},
-      {mean + "--InImg in.tif --OutImg /dev/full", "/dev/full"},
+      {mean + "--InImg in.tif --OutImg /dev/full", "OutImg: cannot write '/dev/full'"},
   };
   for (const auto& [words, why] : cases) expectRefused(1, words, why);
   EXPECT_EQ("old", readText(folder / "out.tif"));
