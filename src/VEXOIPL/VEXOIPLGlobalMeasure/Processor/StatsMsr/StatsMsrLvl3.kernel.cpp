@@ -33,21 +33,6 @@ inline T readSample(const unsigned char* samples, int i) {
   return value;
 }
 
-template <size_t size>
-struct UnsignedOf;
-template <>
-struct UnsignedOf<1> {
-  using Type = unsigned char;
-};
-template <>
-struct UnsignedOf<2> {
-  using Type = unsigned short;
-};
-template <>
-struct UnsignedOf<4> {
-  using Type = unsigned;
-};
-
 /// The squares of small numbers, those of each two neighbours added. Compilers spread them over wider vectors
 /// instead, at twice the time.
 inline IntV squaresOfPairs(ShortV v) {
@@ -90,7 +75,7 @@ inline void sumBytes(const unsigned char* samples, int n, unsigned char bias, in
 /// Not inlined: the compiler then keeps the loop that it vectorises in registers.
 template <class T>
 [[gnu::noinline]] void addBlock(IntegerSums& sums, const unsigned char* samples, int n) {
-  using U = typename UnsignedOf<sizeof(T)>::Type;
+  using U = typename IntegersOf<sizeof(T)>::Unsigned;
   constexpr U top = U(U(1) << (8 * sizeof(U) - 1)), bias = T(-1) < T(0) ? top : U(0);
   U low = U(~U(0)), high = 0;
   IntegerSums block = {bias ? -static_cast<long long>(top) : 0, 0, 0,

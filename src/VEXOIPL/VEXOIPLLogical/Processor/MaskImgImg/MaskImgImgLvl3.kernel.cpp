@@ -19,21 +19,6 @@ namespace {
 using imaproc::logic::MaskImgImgParameters;
 using processor::ProcessingInfo;
 
-template <size_t size>
-struct UnsignedOf;
-template <>
-struct UnsignedOf<1> {
-  using Type = unsigned char;
-};
-template <>
-struct UnsignedOf<2> {
-  using Type = unsigned short;
-};
-template <>
-struct UnsignedOf<4> {
-  using Type = unsigned;
-};
-
 using Converter = const unsigned char* (*)(unsigned char* piece, const unsigned char* samples, ptrdiff_t n);
 template <class TOut>
 constexpr Converter converters[processor::kernelTypeCount] = {
@@ -70,7 +55,7 @@ const char* maskImages(const ProcessingInfo& info) {
       unsigned char* out = image::targetRow(target, y, z) - target.begin[0] * target.sampleSize;
       for (ptrdiff_t x = first.begin[0]; x < first.end[0]; x += pieceLength) {
         const ptrdiff_t n = smaller(pieceLength, first.end[0] - x);
-        choose<typename UnsignedOf<sizeof(TOut)>::Type>(
+        choose<typename IntegersOf<sizeof(TOut)>::Unsigned>(
             out + x * target.sampleSize, convertPiece<TIn, TOut>(firstPiece, a + x * first.sampleSize, n),
             convertSecond(secondPiece, b + x * second.sampleSize, n), chosen + x, n);
       }

@@ -7,35 +7,18 @@
 
 #include <stddef.h>
 
+#include "VEXOProcessing/Kernel/Integers.h"
 #include "VEXOProcessing/Kernel/Samples.h"
 #include "VEXOProcessing/Kernel/WindowLines.h"
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {
 
-template <size_t size>
-struct SignedOf;
-template <>
-struct SignedOf<1> {
-  using Type = signed char;
-  using Unsigned = unsigned char;
-};
-template <>
-struct SignedOf<2> {
-  using Type = short;
-  using Unsigned = unsigned short;
-};
-template <>
-struct SignedOf<4> {
-  using Type = int;
-  using Unsigned = unsigned;
-};
-
 /// Samples as signed integers in the same order, NaN the highest; and back. Counts of samples live in
 /// integers of the same size, so that large windows need larger keys than the samples do.
 template <class T>
 struct KeyOf {
-  using Signed = typename SignedOf<sizeof(T)>::Type;
+  using Signed = typename IntegersOf<sizeof(T)>::Signed;
   static constexpr int bits = 8 * sizeof(T);
   static constexpr int top = isSigned<T> ? 0 : -1 - int((1u << (bits - 1)) - 1);
   static int fromSample(T sample) {
@@ -89,7 +72,7 @@ struct SearchLayout : WindowLines {
 template <class T, class Key>
 inline void searchBlock(const SearchLayout& l, const Key* const* lines, ptrdiff_t x, Key* medians) {
   typedef Key V __attribute__((vector_size(sizeof(FloatV))));
-  using UnsignedKey = typename SignedOf<sizeof(Key)>::Unsigned;
+  using UnsignedKey = typename IntegersOf<sizeof(Key)>::Unsigned;
   typedef UnsignedKey Bits __attribute__((vector_size(sizeof(FloatV))));  // whose sums may wrap
   constexpr ptrdiff_t lanes = sizeof(V) / sizeof(Key);
   constexpr int bits = KeyOf<T>::bits;
