@@ -1,5 +1,7 @@
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 
+#include <type_traits>
+
 #if defined(__SSE2__)
 #include <immintrin.h>
 #endif
