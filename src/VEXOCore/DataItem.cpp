@@ -153,11 +153,11 @@ BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item) {
         known += (i ? ", " : "") + item.getLeaf(i).getKey();
       return BoolResult::failure("unknown field '" + key + "'; the fields are " + known);
     }
+    if (isGiven(*leaf)) return BoolResult::failure(leaf->getKey() + " is given twice");
+    given.push_back(leaf);
     if (const BoolResult set = leaf->setText(equals == std::string::npos ? field : field.substr(equals + 1));
         !set)
       return BoolResult::failure(leaf->getKey() + ": " + set.getMessage());
-    if (isGiven(*leaf)) return BoolResult::failure(leaf->getKey() + " is given twice");
-    given.push_back(leaf);
   }
   for (std::size_t i = 0; item.needsAllLeaves() && i < item.getLeafCount(); ++i)
     if (!isGiven(item.getLeaf(i))) return BoolResult::failure(item.getLeaf(i).getKey() + " is missing");

@@ -92,11 +92,9 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
   const auto isInteger = [](const auto& strips) {
     return !strips.empty() && strips.front()->getBufferType() != image::eImageBufferType::Real32;
   };
-  const auto isUnsigned = [](const auto& strips) {
-    return !strips.empty() && image::visitBufferType(strips.front()->getBufferType(), [](auto zero) {
-      return std::is_unsigned_v<decltype(zero)>;
-    });
-  };
+  const bool unsignedInput =
+      !inputs.empty() && image::visitBufferType(inputs.front()->getBufferType(),
+                                                [](auto zero) { return std::is_unsigned_v<decltype(zero)>; });
   ProcessingInfo info{sources.data(),
                       targets.data(),
                       loaders.data(),
@@ -104,7 +102,7 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
                       getKernelParameters(),
                       inPlace,
                       isInteger(inputs) && isInteger(outputs),
-                      isUnsigned(inputs),
+                      unsignedInput,
                       nullptr};
   HybridBuffer<> scratch(function.table->scratchSize ? function.table->scratchSize(info) : 0);
   info.scratch = scratch.data();
