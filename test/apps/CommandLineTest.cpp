@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -276,6 +278,14 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
       {mean + "--InImg in.tif --OutImg /dev/full", "OutImg: cannot write '/dev/full'"},
   };
   for (const auto& [words, why] : cases) expectRefused(1, words, why);
+  rlimit before{};
+  ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &before));
+  const rlimit small{100, before.rlim_max};
+  const auto caller = std::signal(SIGXFSZ, SIG_DFL);  // it may be ignored, which would hide a fault
+  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &small));
+  expectRefused(1, mean + "--InImg in.tif --OutImg out.tif", "OutImg: cannot write 'out.tif'");
+  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &before));
+  std::signal(SIGXFSZ, caller);
   EXPECT_EQ("old", readText(folder / "out.tif"));
   for (const auto& entry : fs::directory_iterator(folder))
     EXPECT_EQ(std::string::npos, entry.path().string().find(".part")) << entry.path();
