@@ -1,44 +1,18 @@
 #include "VEXOCore/Action.h"
 
-#include <tbb/global_control.h>
-#include <tbb/task_arena.h>
+#include <sched.h>
 
 #include <algorithm>
-#include <array>
 #include <boost/make_shared.hpp>
 #include <cmath>
 #include <fstream>
-#include <map>
 #include <sstream>
-#include <thread>
 #include <vector>
 
 #include "VEXOCore/Log.h"
-#include "VEXOCore/ParallelFor.h"
-
-#ifdef __SANITIZE_THREAD__
-#include <sanitizer/tsan_interface.h>
-#endif
+#include "VEXOCore/ThreadPool.h"
 
 namespace vexo::core {
-
-namespace {
-
-// The thread sanitizer cannot see how oneTBB, which is not built for it, orders its threads. What the runner
-// may rely on is stated to it here: the caller's work before the pieces, and the pieces before the caller
-// goes on.
-void releaseTo([[maybe_unused]] void* order) {
-#ifdef __SANITIZE_THREAD__
-  __tsan_release(order);
-#endif
-}
-void acquireFrom([[maybe_unused]] void* order) {
-#ifdef __SANITIZE_THREAD__
-  __tsan_acquire(order);
-#endif
-}
-
-}  // namespace
 
 void RunState::fail(std::exception_ptr failure) {
   std::unique_lock<std::mutex> lock(_mutex);
@@ -105,14 +79,6 @@ double controlGroupLimit() {
   return limit;
 }
 
-// Addresses that stand for the two points in time; pieces are not ordered among one another.
-void* beginOf(void* pieces) {
-  return pieces;
-}
-void* endOf(void* pieces) {
-  return static_cast<char*>(pieces) + 1;
-}
-
 /// The pieces of a provider, none of which starts once the run is to stop.
 struct Pieces {
   BaseActionProvider& provider;
@@ -139,78 +105,30 @@ BoolResult resultOf(const std::exception_ptr& failure) {
   }
 }
 
-tbb::task_arena::priority toTbb(ePriority priority) {
-  switch (priority) {
-    case ePriority::Low:
-      return tbb::task_arena::priority::low;
-    case ePriority::High:
-      return tbb::task_arena::priority::high;
-    default:
-      return tbb::task_arena::priority::normal;
+/// Processors of the affinity mask.
+std::size_t countProcessors() {
+  for (int most = CPU_SETSIZE; most <= 1 << 20; most *= 2) {
+    cpu_set_t* const set = CPU_ALLOC(most);
+    if (!set) break;
+    const std::size_t size = CPU_ALLOC_SIZE(most);
+    const int count = sched_getaffinity(0, size, set) == 0 ? CPU_COUNT_S(size, set) : 0;
+    CPU_FREE(set);
+    if (count > 0) return static_cast<std::size_t>(count);
   }
+  return 1;
 }
 
 }  // namespace
 
-struct ActionRunner::Impl {
-  std::mutex mutex;
-  std::condition_variable idle;
-  std::size_t threadCount = getDefaultThreadCount();
-  /// Lets arenas have more threads than the machine has processors, when a user asks for that.
-  std::unique_ptr<tbb::global_control> allowance;
-  std::size_t allowed = 0;
-  /// One arena per priority, shared by the synchronous runs that do not limit their threads.
-  std::array<boost::shared_ptr<tbb::task_arena>, 3> arenas;
-  std::map<boost::shared_ptr<RunState>, std::thread> background;
-  std::vector<std::thread>
-      ended;  ///< background threads that have nothing more to do; the next to end joins them
-
-  boost::shared_ptr<tbb::task_arena> makeArena(std::size_t threads, ePriority priority) {
-    if (threads > std::max<std::size_t>(allowed, getDefaultThreadCount())) {
-      allowance =
-          std::make_unique<tbb::global_control>(tbb::global_control::max_allowed_parallelism, threads);
-      allowed = threads;
-    }
-    return boost::make_shared<tbb::task_arena>(static_cast<int>(threads), 1, toTbb(priority));
-  }
-
-  boost::shared_ptr<tbb::task_arena> arenaFor(RunState& state) {
-    std::scoped_lock lock(mutex, state._mutex);
-    if (!state._arena) {
-      const ePriority priority = state.getPriority().getLevel();
-      if (state.getThreadCount() == threadCount) {
-        auto& shared = arenas[static_cast<std::size_t>(priority)];
-        if (!shared) shared = makeArena(threadCount, priority);
-        state._arena = shared;
-      } else {
-        state._arena = makeArena(state.getThreadCount(), priority);
-      }
-    }
-    return boost::static_pointer_cast<tbb::task_arena>(state._arena);
-  }
-};
-
 ActionRunner& ActionRunner::getInstance() {
-  static ActionRunner runner;
+  // Never destroyed: runs of other threads may outlive the static objects of the program.
+  static auto& runner = *new ActionRunner;
   return runner;
-}
-
-ActionRunner::ActionRunner() : _impl(std::make_unique<Impl>()) {
-  getModuleLogger("VEXOCore");  // what runs need until the destructor has cancelled them must be made before
-}
-
-ActionRunner::~ActionRunner() {
-  std::unique_lock<std::mutex> lock(_impl->mutex);
-  for (const auto& run : _impl->background) run.first->cancel();
-  _impl->idle.wait(lock, [this] { return _impl->background.empty(); });
-  lock.unlock();
-  for (std::thread& thread : _impl->ended) thread.join();
 }
 
 std::size_t ActionRunner::getDefaultThreadCount() {
   static const std::size_t count = [] {
-    // oneTBB counts the processors of the affinity mask; the control group's share of time it does not know.
-    std::size_t threads = static_cast<std::size_t>(std::max(1, tbb::info::default_concurrency()));
+    std::size_t threads = countProcessors();
     if (const double granted = controlGroupLimit(); granted > 0)
       threads = std::min(threads, static_cast<std::size_t>(std::max(1.0, std::ceil(granted))));
     return threads;
@@ -220,14 +138,7 @@ std::size_t ActionRunner::getDefaultThreadCount() {
 
 void ActionRunner::setThreadCount(std::size_t count) {
   checkThreadCount(count);
-  std::unique_lock<std::mutex> lock(_impl->mutex);
-  _impl->threadCount = count != 0 ? count : getDefaultThreadCount();
-  for (auto& arena : _impl->arenas) arena.reset();
-}
-
-std::size_t ActionRunner::getThreadCount() const {
-  std::unique_lock<std::mutex> lock(_impl->mutex);
-  return _impl->threadCount;
+  _threadCount = count != 0 ? count : getDefaultThreadCount();
 }
 
 void ActionRunner::run(BaseActionProvider& provider, const RunShare& share) {
@@ -236,46 +147,21 @@ void ActionRunner::run(BaseActionProvider& provider, const RunShare& share) {
   const std::size_t count = provider.prepare();
   if (count == 0) return share.done();
   Pieces pieces{provider, share.part(count)};
-  if (count == 1 || state.getThreadCount() == 1) {
+  if (count == 1 || state.getThreadCount() == 1)
     for (std::size_t index = 0; index < count; ++index) pieces.run(index);
-  } else {
-    // Inside a worker of the same arena this executes in place, so nested providers share its threads.
-    const auto arena = _impl->arenaFor(state);
-    releaseTo(beginOf(&pieces));
-    parallelFor(
-        *arena, count,
-        [](void* context, std::size_t index) {
-          acquireFrom(beginOf(context));
-          static_cast<Pieces*>(context)->run(index);
-          releaseTo(endOf(context));
-        },
+  else
+    ThreadPool::getInstance().runLoop(
+        state, count, [](void* context, std::size_t index) { static_cast<Pieces*>(context)->run(index); },
         &pieces);
-    acquireFrom(endOf(&pieces));
-  }
   state.throwIfStopped();
 }
 
 void ActionRunner::start(const boost::shared_ptr<RunState>& state, std::function<void()> task) {
-  // A thread and an arena of its own: it shares the pieces with the workers as the caller of a synchronous
-  // run does, and goes on even while every thread of the process waits for it.
-  const auto work = [this](const boost::shared_ptr<RunState>& run, std::function<void()>& toDo) {
-    toDo();
-    toDo = nullptr;  // what the task kept alive ends before the run counts as ended
-    std::vector<std::thread> ended;
-    {
-      std::unique_lock<std::mutex> lock(_impl->mutex);
-      ended.swap(_impl->ended);
-      const auto own = _impl->background.find(run);
-      _impl->ended.push_back(std::move(own->second));
-      _impl->background.erase(own);
-      _impl->idle.notify_all();
-    }
-    for (std::thread& thread : ended) thread.join();
-  };
-  // The thread cannot end before it is known, as it needs the mutex for that.
-  std::unique_lock<std::mutex> lock(_impl->mutex);
-  state->_arena = _impl->makeArena(state->getThreadCount(), state->getPriority().getLevel());
-  _impl->background.emplace(state, std::thread([=]() mutable { work(state, task); }));
+  ThreadPool::getInstance().start(state, std::move(task));
+}
+
+void ActionRunner::stopBackgroundRuns() {
+  ThreadPool::getInstance().stopTasks();
 }
 
 BaseAction::~BaseAction() = default;

@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <boost/make_shared.hpp>
+#include <filesystem>
 #include <future>
 #include <stdexcept>
 #include <tuple>
@@ -284,6 +290,110 @@ TEST(Action, OnlyASharedActionRunsInTheBackground) {
   EXPECT_FALSE(job.isRunning());
   EXPECT_NO_THROW(job.rethrowFailure());
   EXPECT_TRUE(job.run(eSynchroType::Synchronous));
+}
+
+/// Runs `child` in a forked process and answers its status; one that hangs is killed.
+template <class Child>
+int statusOfFork(const Child& child) {
+  const pid_t id = fork();
+  if (id == 0) {
+    alarm(60);
+    _exit(child());
+  }
+  int status = -1;
+  waitpid(id, &status, 0);
+  return status;
+}
+
+/// Both kinds of run, with more pieces than threads.
+bool runsWell(std::size_t threads) {
+  for (const auto synchro : {eSynchroType::Synchronous, eSynchroType::Asynchronous}) {
+    Pieces inner(20), outer(20, [&](auto, const RunShare&share) {
+      ActionRunner::getInstance().run(inner, share);
+      share.done();
+    });
+    const auto job = jobOf(outer);
+    job->setThreadLimit(threads);
+    if (!job->run(synchro)) return false;
+    job->wait();
+    if (!job->getResult() || !outer.eachRanOnce() || inner.started != 400) return false;
+  }
+  return true;
+}
+
+TEST_P(BackgroundRun, AForkedChildRunsAnew) {
+  std::atomic<bool> ended{false};
+  Pieces busy(1000000, [&](auto, const RunShare& share) {
+    if (ended) share.state.cancel();
+  });
+  const auto job = jobOf(busy);
+  job->setThreadLimit(GetParam());
+  ASSERT_TRUE(job->run(eSynchroType::Asynchronous));
+  for (int round = 0; round < 20; ++round)
+    EXPECT_EQ(statusOfFork([] { return runsWell(GetParam()) ? 0 : 1; }), 0);
+  ended = true;
+  job->wait();
+}
+
+#ifndef __SANITIZE_THREAD__  // which needs a thread of its own
+TEST_P(BackgroundRun, CompletesWhereNoThreadIsGranted) {
+  EXPECT_EQ(statusOfFork([] {
+              // The limit does not hold for root.
+              if (geteuid() == 0 && setuid(65534) != 0) return 2;
+              const rlimit none{0, 0};
+              if (setrlimit(RLIMIT_NPROC, &none) != 0) return 3;
+              try {
+                std::thread([] {}).join();
+                return 4;
+              } catch (const std::system_error&) {
+              }
+              return runsWell(GetParam()) ? 0 : 1;
+            }),
+            0);
+}
+#endif
+
+TEST(ActionRunner, ThreadsAreNoMoreThanPiecesAndSomeForEachProcessor) {
+  const std::size_t most = std::max<std::size_t>(16, 4 * ActionRunner::getDefaultThreadCount());
+  for (const std::size_t count : {std::size_t(3), std::size_t(5000)}) {
+    Pieces pieces(count, [](auto, const RunShare& share) {
+      std::this_thread::sleep_for(std::chrono::microseconds(100));
+      share.done();
+    });
+    const auto job = jobOf(pieces);
+    job->setThreadLimit(4096);
+    EXPECT_TRUE(job->run(eSynchroType::Synchronous));
+    EXPECT_LE(pieces.mostAtOnce, static_cast<int>(std::min(count, most)));
+    std::size_t threads = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
+      ++threads;
+    EXPECT_LT(threads, 2 * most + 16);
+  }
+}
+
+TEST(ActionRunner, UrgentRunsGoFirst) {
+  std::atomic<bool> begun{false};
+  Pieces slow(2000, [&](auto, const RunShare& share) {
+    begun = true;
+    std::this_thread::sleep_for(std::chrono::microseconds(50));
+    share.done();
+  });
+  Pieces urgent(200, [&](auto, const RunShare& share) {
+    std::this_thread::sleep_for(std::chrono::microseconds(50));
+    share.done();
+  });
+  const auto low = jobOf(slow), high = jobOf(urgent);
+  low->setPriority(ePriority::Low);
+  high->setPriority(ePriority::High);
+  low->setThreadLimit(3);
+  high->setThreadLimit(3);
+  ASSERT_TRUE(low->run(eSynchroType::Asynchronous));
+  eventually([&] { return begun.load(); });
+  ASSERT_TRUE(high->run(eSynchroType::Synchronous));
+  EXPECT_TRUE(low->isRunning());
+  EXPECT_EQ(urgent.mostAtOnce, 3);
+  low->wait();
+  EXPECT_TRUE(slow.eachRanOnce() && urgent.eachRanOnce());
 }
 
 TEST(ActionRunner, ThreadCountIsThatOfLaterRuns) {

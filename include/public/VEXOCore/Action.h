@@ -51,7 +51,7 @@ public:
   BasePriority getPriority() const { return _priority; }
 
 private:
-  friend class ActionRunner;
+  friend class ThreadPool;
 
   const std::string _name;
   const std::size_t _threadCount;
@@ -61,7 +61,7 @@ private:
   std::atomic<double> _progress{0};
   mutable std::mutex _mutex;
   std::exception_ptr _failure;
-  boost::shared_ptr<void> _arena;  ///< the runner's: the threads that all pieces of the run share
+  std::size_t _helperCount = 0;  ///< threads of the pool that are at work in the run; the pool's
 };
 
 /// The part of a run that a piece of work stands for: its state, and its share of the progress (1 = all of
@@ -87,28 +87,36 @@ public:
 /// Runs the pieces of providers on the worker threads of the process.
 ///
 /// Threads are started by the first run that can use more than one, never when the library is loaded. By
-/// default there are as many as the affinity mask and the control group of the process grant.
+/// default there are as many as the affinity mask and the control group of the process grant. Where the
+/// system grants no thread, the caller's does all the work.
+///
+/// When the process ends, or a library of filters is unloaded, runs in the background are cancelled and
+/// waited for; none starts any more once the process is ending.
 class VEXO_API ActionRunner {
 public:
   static ActionRunner& getInstance();
-  ~ActionRunner();
+  ActionRunner(const ActionRunner&) = delete;
+  ActionRunner& operator=(const ActionRunner&) = delete;
 
   /// Number of threads that a run may use, the calling one included; 0 restores the default. Applies to runs
-  /// that start later.
+  /// that start later. A run has no more threads than pieces of work, nor than four for each processor (16
+  /// where that is less).
   void setThreadCount(std::size_t count);
-  std::size_t getThreadCount() const;
+  std::size_t getThreadCount() const { return _threadCount; }
   static std::size_t getDefaultThreadCount();
 
   /// Runs all pieces and returns when the last has ended; throws the first failure.
   void run(BaseActionProvider& provider, const RunShare& share);
-  /// Runs `task`, the whole of the run with that state, on a thread of its own. When the process ends first,
-  /// the run is cancelled and waited for.
+  /// Runs `task`, the whole of the run with that state, which throws nothing, on a thread of its own; on the
+  /// calling one where no thread can be had. Throws when the process is ending.
   void start(const boost::shared_ptr<RunState>& state, std::function<void()> task);
+  /// Cancels all runs in the background and waits for them.
+  void stopBackgroundRuns();
 
 private:
-  ActionRunner();
-  struct Impl;
-  std::unique_ptr<Impl> _impl;
+  ActionRunner() = default;
+
+  std::atomic<std::size_t> _threadCount{getDefaultThreadCount()};
 };
 
 /// Something that can be run, once at a time, in the calling thread or in the background.
