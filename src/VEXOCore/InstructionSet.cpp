@@ -27,7 +27,7 @@ bool isAvailable(eInstructionSet set) {
 }
 
 const std::vector<NamedInstructionSets>& namedInstructionSets() {
-  static const std::vector<NamedInstructionSets> sets = {
+  static const auto& sets = *new std::vector<NamedInstructionSets>{
       {"standard", {eIS_Standard}},        {"sse2", {eIS_SSE2}},    {"avx", {eIS_AVX}}, {"avx2", {eIS_AVX2}},
       {"fma3_avx2", {eIS_FMA3, eIS_AVX2}}, {"avx512", {eIS_AVX512}}};
   return sets;

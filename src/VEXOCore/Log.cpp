@@ -6,7 +6,7 @@
 namespace vexo {
 
 const std::string& getBaseLoggerName() {
-  static const std::string name = "vexo";
+  static const auto& name = *new std::string("vexo");
   return name;
 }
 

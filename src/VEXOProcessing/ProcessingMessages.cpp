@@ -9,7 +9,7 @@ LogMessageManager& MessageMap<eProcessorMessage>::manager() {
 }
 
 const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
-  static const std::vector<std::pair<eProcessorMessage, const char*>> table = {
+  static const auto& table = *new std::vector<std::pair<eProcessorMessage, const char*>>{
       {eProcessorMessage::NotInitialised, "%1% is not initialised"},
       {eProcessorMessage::MissingInput, "%1%: the input %2% is not set"},
       {eProcessorMessage::NoInitializer, "%1%: the output %2% is not set and cannot be created"},

@@ -10,7 +10,7 @@ LogMessageManager& MessageMap<eSerializationMessage>::manager() {
 
 const std::vector<std::pair<eSerializationMessage, const char*>>&
 MessageMap<eSerializationMessage>::messages() {
-  static const std::vector<std::pair<eSerializationMessage, const char*>> table = {
+  static const auto& table = *new std::vector<std::pair<eSerializationMessage, const char*>>{
       {eSerializationMessage::NewerVersion,
        "%1%: version %2% of the archive is greater than the version %3% that this library reads"}};
   return table;

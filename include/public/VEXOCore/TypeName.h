@@ -1,14 +1,19 @@
 #pragma once
 
-#include <boost/type_index.hpp>
 #include <string>
+#include <typeinfo>
+
+#include "VEXOCore/Export.h"
 
 namespace vexo {
+
+/// The name of a type as it is written in C++.
+VEXO_API std::string readableTypeName(const std::type_info& type);
 
 /// Fully qualified name of a type, e.g. "vexo::imaproc::filter::MeanSmoothing2dImgLvl1". Built once per type.
 template <class T>
 const std::string& typeName() {
-  static const std::string name = boost::typeindex::type_id<T>().pretty_name();
+  static const auto& name = *new std::string(readableTypeName(typeid(T)));
   return name;
 }
 

@@ -58,13 +58,13 @@ template <class Derived>
 class VEXO_API KernelProcessorClass : public ProcessorClass<Derived, BaseProcessingAlgorithm> {
 public:
   static AlgorithmFunctionSelector& retrieveFunctionSelector() {
-    static AlgorithmFunctionSelector selector;
+    static auto& selector = *new AlgorithmFunctionSelector;
     return selector;
   }
   const AlgorithmFunctionSelector& getFunctionSelector() const override { return retrieveFunctionSelector(); }
   AlgorithmFunctionSelector& accessFunctionSelector() override { return retrieveFunctionSelector(); }
   static ForcedInstructionSets& retrieveForcedInstructionSets() {
-    static ForcedInstructionSets sets;
+    static auto& sets = *new ForcedInstructionSets;
     return sets;
   }
   ForcedInstructionSets& accessForcedInstructionSets() override { return retrieveForcedInstructionSets(); }

@@ -38,12 +38,12 @@ public:
   static const std::string& getTypeName() { return typeName<Derived>(); }
   const std::string& getClassName() const override { return getTypeName(); }
   static const std::string& getObjectNameStr() {
-    static const std::string name = shortTypeName(getTypeName());
+    static const auto& name = *new std::string(shortTypeName(getTypeName()));
     return name;
   }
   const std::string& getObjectName() const override { return getObjectNameStr(); }
   static const std::string& getToolTipStr() {
-    static const std::string toolTip = formatMessage(Derived::toolTipId);
+    static const auto& toolTip = *new std::string(formatMessage(Derived::toolTipId));
     return toolTip;
   }
   const std::string& getToolTip() const override { return getToolTipStr(); }

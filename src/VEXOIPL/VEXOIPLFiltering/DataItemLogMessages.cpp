@@ -5,7 +5,7 @@ namespace vexo {
 using imaproc::filter::eDataItemMessage;
 
 const std::vector<std::pair<eDataItemMessage, const char*>>& MessageMap<eDataItemMessage>::messages() {
-  static const std::vector<std::pair<eDataItemMessage, const char*>> table = {
+  static const auto& table = *new std::vector<std::pair<eDataItemMessage, const char*>>{
       {eDataItemMessage::DefocusDistance, "Defocus distance"},
       {eDataItemMessage::Delta, "Related to the refractive index (which equals 1-delta)"},
       {eDataItemMessage::Energy, "Energy"},

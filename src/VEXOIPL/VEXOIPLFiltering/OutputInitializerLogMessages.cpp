@@ -6,7 +6,7 @@ using imaproc::filter::eOutputInitializerMessage;
 
 const std::vector<std::pair<eOutputInitializerMessage, const char*>>&
 MessageMap<eOutputInitializerMessage>::messages() {
-  static const std::vector<std::pair<eOutputInitializerMessage, const char*>> table = {
+  static const auto& table = *new std::vector<std::pair<eOutputInitializerMessage, const char*>>{
       {eOutputInitializerMessage::NullInput, "Input attribute should not be null"}};
   return table;
 }

@@ -5,7 +5,7 @@ namespace vexo {
 using imaproc::filter::eProcessorMessage;
 
 const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
-  static const std::vector<std::pair<eProcessorMessage, const char*>> table = {
+  static const auto& table = *new std::vector<std::pair<eProcessorMessage, const char*>>{
       {eProcessorMessage::Bilateral2dImgLvl1,
        "Level 1 algorithm: Bilateral filter used to smooth a 2d image, but not its edges"},
       {eProcessorMessage::Bilateral2dImgLvl2,

@@ -5,7 +5,7 @@ namespace vexo::imaproc::filter {
 VEXOIPLFilteringException::~VEXOIPLFilteringException() = default;
 
 const std::string& getVEXOIPLFilteringLoggerName() {
-  static const std::string name = getBaseLoggerName() + ".VEXOIPLFiltering";
+  static const auto& name = *new std::string(getBaseLoggerName() + ".VEXOIPLFiltering");
   return name;
 }
 

@@ -6,7 +6,7 @@ using imaproc::filter::eVEXOIPLFilteringMessage;
 
 const std::vector<std::pair<eVEXOIPLFilteringMessage, const char*>>&
 MessageMap<eVEXOIPLFilteringMessage>::messages() {
-  static const std::vector<std::pair<eVEXOIPLFilteringMessage, const char*>> table = {};
+  static const auto& table = *new std::vector<std::pair<eVEXOIPLFilteringMessage, const char*>>;
   return table;
 }
 

@@ -5,7 +5,7 @@ namespace vexo {
 using imaproc::glbmsr::eProcessorMessage;
 
 const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
-  static const std::vector<std::pair<eProcessorMessage, const char*>> table = {
+  static const auto& table = *new std::vector<std::pair<eProcessorMessage, const char*>>{
       {eProcessorMessage::StatsMsrLvl1, "Level 1 algorithm: Statistics of all samples of an image"},
       {eProcessorMessage::StatsMsr2dLvl2, "Level 2 algorithm: Statistics of the samples of a 2d image"},
       {eProcessorMessage::StatsMsr3dLvl2, "Level 2 algorithm: Statistics of the samples of a 3d image"},

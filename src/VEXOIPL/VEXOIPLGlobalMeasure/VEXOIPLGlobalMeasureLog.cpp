@@ -5,7 +5,7 @@ namespace vexo::imaproc::glbmsr {
 VEXOIPLGlobalMeasureException::~VEXOIPLGlobalMeasureException() = default;
 
 const std::string& getVEXOIPLGlobalMeasureLoggerName() {
-  static const std::string name = getBaseLoggerName() + ".VEXOIPLGlobalMeasure";
+  static const auto& name = *new std::string(getBaseLoggerName() + ".VEXOIPLGlobalMeasure");
   return name;
 }
 

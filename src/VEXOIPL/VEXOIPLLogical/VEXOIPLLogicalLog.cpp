@@ -5,7 +5,7 @@ namespace vexo::imaproc::logic {
 VEXOIPLLogicalException::~VEXOIPLLogicalException() = default;
 
 const std::string& getVEXOIPLLogicalLoggerName() {
-  static const std::string name = getBaseLoggerName() + ".VEXOIPLLogical";
+  static const auto& name = *new std::string(getBaseLoggerName() + ".VEXOIPLLogical");
   return name;
 }
 
