@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "VEXOCore/BaseException.h"
+#include "VEXOCore/Quote.h"
 #include "VEXOImageIO/ImageIO.h"
 #include "Words.h"
 
@@ -65,7 +66,7 @@ void ImageFiles::add(const boost::shared_ptr<BaseImageAttribute>& attribute, con
   for (const File& other : _files)
     if (attribute->isOutput() && other.attribute->isOutput() && areOneFile(file.path, other.path))
       throw UsageError("--" + other.attribute->getName() + " and --" + attribute->getName() +
-                       " name the same file '" + file.path + "'");
+                       " name the same file " + quote(file.path));
   _files.push_back(file);
 }
 

@@ -1,6 +1,7 @@
 #include "Processors.h"
 
 #include "VEXOCore/Log.h"
+#include "VEXOCore/Quote.h"
 #include "VEXOCore/TypeName.h"
 #include "VEXOProcessing/ProcessorFactory.h"
 #include "Words.h"
@@ -44,7 +45,7 @@ boost::shared_ptr<processor::BaseProcessor> createProcessor(const std::string& w
     names.push_back(withoutFirstLevel(shortTypeName(typeName)));
   }
   if (found.empty()) refuseWord("processor", withoutFirstLevel(word), names);
-  if (found.size() > 1) throw UsageError("'" + word + "' may be " + found[0] + " or " + found[1]);
+  if (found.size() > 1) throw UsageError(quote(word) + " may be " + found[0] + " or " + found[1]);
   const auto processor = ProcessorFactory::createProcessor(found.front());
   if (const BoolResult ready = processor->init(); !ready)
     raiseError(VEXO_HERE, "vexo", found.front(), ": ", ready.getMessage());

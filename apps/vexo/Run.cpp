@@ -13,6 +13,7 @@
 #include "ImageFiles.h"
 #include "Processors.h"
 #include "Settings.h"
+#include "VEXOCore/Quote.h"
 #include "VEXOSerialization/JsonArchive.h"
 #include "Watch.h"
 #include "Words.h"
@@ -48,8 +49,8 @@ std::string resolveValue(const std::string& attributeName, const std::string& wo
   std::ifstream file(word.substr(1), std::ios::binary);
   file.peek();  // tells a folder from a file
   if (!file.is_open() || file.bad())
-    throw std::runtime_error(attributeName + ": cannot read '" + word.substr(1) +
-                             "': " + std::generic_category().message(errno));
+    throw std::runtime_error(attributeName + ": cannot read " + quote(word.substr(1)) + ": " +
+                             std::generic_category().message(errno));
   std::string text(std::istreambuf_iterator<char>(file), {});
   const char* const blanks = " \t\r\n";
   text.erase(text.find_last_not_of(blanks) + 1);

@@ -12,6 +12,7 @@
 #include "VEXOCore/DataItem.h"
 #include "VEXOCore/InstructionSet.h"
 #include "VEXOCore/Log.h"
+#include "VEXOCore/Quote.h"
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 #include "Words.h"
 
@@ -21,7 +22,7 @@ namespace {
 void setThreadCount(const std::string& text) {
   std::uint32_t count = 0;
   if (!ScalarText<std::uint32_t>::fromText(text, count) || count == 0)
-    throw UsageError("--threads: '" + text + "' is not a number of threads, from 1");
+    throw UsageError("--threads: " + quote(text) + " is not a number of threads, from 1");
   try {
     core::ActionRunner::getInstance().setThreadCount(count);
   } catch (const BaseException& refused) {

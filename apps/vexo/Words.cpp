@@ -7,6 +7,8 @@
 #include <numeric>
 #include <utility>
 
+#include "VEXOCore/Quote.h"
+
 namespace vexo::app {
 namespace {
 
@@ -46,11 +48,22 @@ std::vector<std::string> findNearest(const std::string& word, const std::vector<
 void refuseUnknown(const CLI::App& app) {
   for (const std::string& word : app.remaining()) {
     if (word == "--") continue;
-    if (word[0] != '-') throw UsageError("unexpected word '" + word + "'");
+    if (word[0] != '-') throw UsageError("unexpected word " + quote(word));
     std::vector<std::string> names;
     for (const CLI::Option* option : app.get_options())
       for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
     refuseWord("option", word.substr(0, word.find('=')), names);
+  }
+}
+
+/// CLI11 takes "--quiet=3" for three times "--quiet".
+void checkFlags(const CLI::App& app, const std::vector<std::string>& words) {
+  for (const std::string& word : words) {
+    const std::size_t equals = word.find('=');
+    if (word.rfind("--", 0) != 0 || equals == std::string::npos) continue;
+    const CLI::Option* option = app.get_option_no_throw(word.substr(0, equals));
+    if (option && option->get_items_expected_max() == 0)
+      throw UsageError(option->get_name() + " takes no value, not " + quote(word.substr(equals + 1)));
   }
 }
 
@@ -73,7 +86,7 @@ std::string toLower(std::string text) {
 }
 
 void refuseWord(const std::string& what, const std::string& word, const std::vector<std::string>& valid) {
-  std::string message = "unknown " + what + " '" + word + "'";
+  std::string message = "unknown " + what + " " + quote(word);
   const char* separator = "; nearest: ";
   for (const std::string& name : findNearest(word, valid)) {
     message += separator + name;
@@ -90,6 +103,7 @@ bool parseWords(CLI::App& app, const std::vector<std::string>& words) {
     // CLI11 would take the next word for the value of "--Name=".
     if (noValue) parsed.emplace_back();
   }
+  checkFlags(app, words);
   std::reverse(parsed.begin(), parsed.end());  // the order that CLI11 wants
   app.allow_extras();
   std::string failure;

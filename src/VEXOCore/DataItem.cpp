@@ -6,6 +6,8 @@
 #include <sstream>
 #include <vector>
 
+#include "VEXOCore/Quote.h"
+
 namespace vexo {
 
 BaseDataItemLeaf::~BaseDataItemLeaf() = default;
@@ -14,7 +16,7 @@ BaseDataItemNode::~BaseDataItemNode() = default;
 namespace {
 
 BoolResult notA(const std::string& text, const char* what) {
-  return BoolResult::failure("'" + text + "' is not " + what);
+  return BoolResult::failure(quote(text) + " is not " + what);
 }
 
 template <class T>
@@ -151,7 +153,7 @@ BoolResult dataItemFromText(const std::string& text, BaseDataItemNode& item) {
       std::string known;
       for (std::size_t i = 0; i < item.getLeafCount(); ++i)
         known += (i ? ", " : "") + item.getLeaf(i).getKey();
-      return BoolResult::failure("unknown field '" + key + "'; the fields are " + known);
+      return BoolResult::failure("unknown field " + quote(key) + "; the fields are " + known);
     }
     if (isGiven(*leaf)) return BoolResult::failure(leaf->getKey() + " is given twice");
     given.push_back(leaf);

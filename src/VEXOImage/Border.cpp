@@ -3,6 +3,7 @@
 #include <boost/make_shared.hpp>
 
 #include "VEXOCore/DataItem.h"
+#include "VEXOCore/Quote.h"
 
 namespace vexo::image {
 
@@ -38,14 +39,15 @@ BoolResult BorderPolicy::fromText(const std::string& text, BorderPolicy& policy)
     if (const BoolResult parsed = ScalarText<double>::fromText(text.substr(9), value); !parsed) return parsed;
     policy = BorderPolicy(eBorder::Constant, value);
   } else {
-    return BoolResult::failure("'" + text +
-                               "' is no border policy; use mirror, replicate, circular or constant=V");
+    return BoolResult::failure(quote(text) +
+                               " is no border policy; use mirror, replicate, circular or constant=V");
   }
   return true;
 }
 
 boost::shared_ptr<const Border2dPolicy> mirorBorder2d() {
-  static const auto policy = boost::make_shared<const Border2dPolicy>();
+  static const auto& policy =
+      *new boost::shared_ptr<const Border2dPolicy>(boost::make_shared<const Border2dPolicy>());
   return policy;
 }
 boost::shared_ptr<const Border2dPolicy> replicateBorder2d() {
@@ -58,7 +60,8 @@ boost::shared_ptr<const Border2dPolicy> constantBorder2d(double value) {
   return boost::make_shared<const Border2dPolicy>(eBorder::Constant, value);
 }
 boost::shared_ptr<const Border3dPolicy> mirorBorder3d() {
-  static const auto policy = boost::make_shared<const Border3dPolicy>();
+  static const auto& policy =
+      *new boost::shared_ptr<const Border3dPolicy>(boost::make_shared<const Border3dPolicy>());
   return policy;
 }
 boost::shared_ptr<const Border3dPolicy> replicateBorder3d() {

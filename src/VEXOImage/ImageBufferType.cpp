@@ -1,5 +1,7 @@
 #include "VEXOImage/ImageBufferType.h"
 
+#include "VEXOCore/Quote.h"
+
 namespace vexo::image {
 namespace {
 constexpr struct {
@@ -26,7 +28,7 @@ BoolResult fromString(const std::string& name, eImageBufferType& type) {
     }
     names += (i ? ", " : "") + std::string(types[i].name);
   }
-  return BoolResult::failure("'" + name + "' is no sample type; the types are " + names);
+  return BoolResult::failure(quote(name) + " is no sample type; the types are " + names);
 }
 
 }  // namespace vexo::image

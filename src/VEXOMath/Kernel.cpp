@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "VEXOCore/DataItem.h"
+#include "VEXOCore/Quote.h"
 
 namespace vexo {
 namespace {
@@ -95,8 +96,8 @@ BoolResult KernelOf<Offset>::fromText(const std::string& text, KernelOf& kernel)
     if (pointText.empty()) continue;
     Point point{};
     if (const BoolResult read = pointFromText(pointText, point); !read)
-      return BoolResult::failure("point " + std::to_string(parsed._points.size() + 1) + " of the kernel, '" +
-                                 pointText + "': " + read.getMessage());
+      return BoolResult::failure("point " + std::to_string(parsed._points.size() + 1) + " of the kernel, " +
+                                 quote(pointText) + ": " + read.getMessage());
     parsed._points.push_back(point);
   }
   kernel = std::move(parsed);

@@ -8,6 +8,7 @@
 
 #include "VEXOCore/BaseException.h"
 #include "VEXOCore/LogMessage.h"
+#include "VEXOCore/Quote.h"
 
 namespace vexo {
 
@@ -21,10 +22,12 @@ VEXO_API log4cplus::Logger getModuleLogger(const std::string& moduleName);
 VEXO_API void logError(const log4cplus::Logger& logger, const std::string& text,
                        const boost::source_location& where);
 
-/// How every error of the library is raised: the text is logged at ERROR level, then thrown with its place.
+/// How every error of the library is raised: the text, its control characters escaped,
+/// is logged at ERROR level, then thrown with its place.
 template <class Exception>
 [[noreturn]] void raise(const log4cplus::Logger& logger, const boost::source_location& where,
                         std::string text) {
+  text = escapeControls(text);
   logError(logger, text, where);
   throw Exception(std::move(text), where);
 }

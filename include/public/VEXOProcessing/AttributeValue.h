@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "VEXOCore/DataItem.h"
+#include "VEXOCore/Quote.h"
 #include "VEXOCore/TypeName.h"
 
 namespace vexo::processor {
@@ -59,7 +60,7 @@ struct ValueText<T, std::enable_if_t<std::is_enum_v<T>>> {
       }
     std::uint32_t number = 0;
     if (!ScalarText<std::uint32_t>::fromText(text, number))
-      return BoolResult::failure("'" + text + "' is none of " + typeName());
+      return BoolResult::failure(quote(text) + " is none of " + typeName());
     value = static_cast<T>(number);
     return true;
   }
