@@ -1,62 +1,91 @@
 #include <cmath>
+#include <deque>
 #include <limits>
+#include <map>
 #include <nlohmann/json.hpp>
-#include <set>
+#include <stdexcept>
 
 #include "Base64.h"
 #include "VEXOCore/Log.h"
+#include "VEXOCore/Quote.h"
 #include "VEXOSerialization/JsonArchive.h"
 #include "VEXOSerialization/SerializationMessages.h"
 
 namespace vexo {
 
-/// Sorted members: finding one among very many stays fast.
 using Json = nlohmann::json;
 
 namespace {
 
-/// What no archive has is refused here, as soon as the parser meets it. The parser itself does not recurse.
-class StructureCheck {
-public:
-  explicit StructureCheck(std::size_t maxDepth) : _maxDepth(maxDepth) {}
+/// Sections within sections. A tree of our own, because a JSON object of the library asks for memory when it
+/// is destroyed, where a failure would end the process; single values do not.
+struct Section {
+  struct Item {
+    Json value;
+    const Section* section = nullptr;  ///< null when the item is a value
+  };
+  std::map<std::string, Item> items;
+};
+/// All sections of a tree, the root first. Side by side, so that deep ones are destroyed without recursion.
+using Sections = std::deque<Section>;
 
-  void operator()(Json::parse_event_t event, const Json& parsed) {
-    switch (event) {
-      case Json::parse_event_t::array_start:
-        throw std::runtime_error("it has an array");
-      case Json::parse_event_t::object_start:
-        if (_names.size() > _maxDepth)
-          throw std::runtime_error("its sections are nested deeper than " + std::to_string(_maxDepth));
-        _names.emplace_back();
-        break;
-      case Json::parse_event_t::object_end:
-        _names.pop_back();
-        break;
-      case Json::parse_event_t::key:
-        if (const auto& name = parsed.get_ref<const std::string&>(); !_names.back().insert(name).second)
-          throw std::runtime_error("the name '" + name + "' occurs twice in a section");
-        break;
-      default:
-        break;
-    }
+/// Builds the tree while the parser, which does not recurse, goes through the text; refuses what no archive
+/// has as soon as it comes.
+class Builder final : public nlohmann::json_sax<Json> {
+public:
+  Builder(Sections& sections, std::size_t maxDepth) : _sections(sections), _maxDepth(maxDepth) {}
+
+  bool start_object(std::size_t) override {
+    if (_open.size() > _maxDepth)
+      throw std::runtime_error("its sections are nested deeper than " + std::to_string(_maxDepth));
+    _sections.emplace_back();
+    if (!_open.empty()) _item->section = &_sections.back();
+    _open.push_back(&_sections.back());
+    return true;
+  }
+  bool end_object() override {
+    _open.pop_back();
+    return true;
+  }
+  bool start_array(std::size_t) override { throw std::runtime_error("it has an array"); }
+  bool end_array() override { return true; }
+  bool key(std::string& name) override {
+    const auto [place, added] = _open.back()->items.try_emplace(name);
+    if (!added) throw std::runtime_error("the name " + quote(name) + " occurs twice in a section");
+    _item = &place->second;
+    return true;
+  }
+  bool null() override { return keep(nullptr); }
+  bool boolean(bool value) override { return keep(value); }
+  bool number_integer(Json::number_integer_t value) override { return keep(value); }
+  bool number_unsigned(Json::number_unsigned_t value) override { return keep(value); }
+  bool number_float(Json::number_float_t value, const std::string&) override { return keep(value); }
+  bool string(std::string& value) override { return keep(std::move(value)); }
+  bool binary(Json::binary_t&) override { return false; }
+  bool parse_error(std::size_t, const std::string&, const Json::exception& error) override {
+    throw std::runtime_error(error.what());
   }
 
 private:
+  template <class T>
+  bool keep(T&& value) {
+    if (_open.empty()) throw std::runtime_error("it is a single value");
+    _item->value = std::forward<T>(value);
+    return true;
+  }
+
+  Sections& _sections;
   const std::size_t _maxDepth;
-  std::vector<std::set<std::string>> _names;  ///< of each open object
+  std::vector<Section*> _open;
+  Section::Item* _item = nullptr;  ///< the one whose name was read last
 };
 
-Json parse(const std::string& text, const JsonLimits& limits) {
+void parse(const std::string& text, const JsonLimits& limits, Sections& sections) {
   if (text.size() > limits.maxTextSize)
     throw std::runtime_error("its size, " + std::to_string(text.size()) + " bytes, is over the limit of " +
                              std::to_string(limits.maxTextSize));
-  StructureCheck check(limits.maxDepth);
-  Json root = Json::parse(text, [&check](int, Json::parse_event_t event, const Json& parsed) {
-    check(event, parsed);
-    return true;
-  });
-  if (!root.is_object()) throw std::runtime_error("it is a single value");
-  return root;
+  Builder builder(sections, limits.maxDepth);
+  Json::sax_parse(text, &builder);
 }
 
 bool convert(const Json& json, bool& value) {
@@ -128,46 +157,55 @@ bool convert(const Json& json, std::vector<unsigned char>& value) {
 }  // namespace
 
 struct JsonIArchive::Impl {
-  Json root;
-  std::vector<const Json*> open{&root};
+  Sections sections;
+  std::vector<const Section*> open;
   std::vector<std::string> names;  ///< of the open sections
 
   [[noreturn]] void fail(const std::string& name, const std::string& why) const {
     std::string path;
     for (const std::string& section : names) path += section + "/";
     raise<UnHandleException>(getSerializationLogger(), VEXO_HERE,
-                             "cannot read '" + path + name + "': " + why);
+                             "cannot read " + quote(path + name) + ": " + why);
   }
 
-  const Json& find(const std::string& name) const {
-    const auto found = open.back()->find(name);
-    if (found == open.back()->end()) fail(name, "it is missing");
-    return *found;
+  const Section::Item& find(const std::string& name) const {
+    const auto found = open.back()->items.find(name);
+    if (found == open.back()->items.end()) fail(name, "it is missing");
+    return found->second;
   }
 
   template <class T>
   void read(const std::string& name, T& value, const char* wanted) const {
-    if (!convert(find(name), value)) fail(name, std::string("its value is not ") + wanted);
+    const Section::Item& item = find(name);
+    if (item.section || !convert(item.value, value)) fail(name, std::string("its value is not ") + wanted);
   }
 };
 
 JsonIArchive::JsonIArchive(const std::string& text, const JsonLimits& limits)
     : _impl(std::make_unique<Impl>()) {
   try {
-    _impl->root = parse(text, limits);
+    parse(text, limits, _impl->sections);
+    _impl->open.push_back(&_impl->sections.front());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& foreign) {
     // A parser message quotes the text, which may be long and hostile.
     raise<UnHandleException>(getSerializationLogger(), VEXO_HERE,
-                             "the text is no archive: " + std::string(foreign.what()).substr(0, 300));
+                             "the text is no archive: " + cut(foreign.what()));
   }
 }
 JsonIArchive::~JsonIArchive() = default;
 
 void JsonIArchive::openSection(const std::string& name) {
-  const Json& section = _impl->find(name);
-  if (!section.is_object()) _impl->fail(name, "it is not a section");
+  const Section::Item& item = _impl->find(name);
+  if (!item.section) _impl->fail(name, "it is not a section");
   _impl->names.push_back(name);
-  _impl->open.push_back(&section);
+  try {
+    _impl->open.push_back(item.section);
+  } catch (...) {
+    _impl->names.pop_back();
+    throw;
+  }
 }
 
 void JsonIArchive::closeSection() {
@@ -179,12 +217,12 @@ void JsonIArchive::closeSection() {
 
 std::vector<std::string> JsonIArchive::getNames() const {
   std::vector<std::string> names;
-  for (const auto& item : _impl->open.back()->items()) names.push_back(item.key());
+  for (const auto& [name, item] : _impl->open.back()->items) names.push_back(name);
   return names;
 }
 
 bool JsonIArchive::has(const std::string& name) const {
-  return _impl->open.back()->contains(name);
+  return _impl->open.back()->items.count(name) != 0;
 }
 
 void JsonIArchive::read(const std::string& name, bool& value) const {
