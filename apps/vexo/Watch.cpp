@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -16,10 +17,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-volatile std::sig_atomic_t cancelled = 0;
+volatile std::sig_atomic_t endingSignal = 0;
 
-void askForCancel(int) {
-  cancelled = 1;
+void askForCancel(int signal) {
+  endingSignal = signal;
 }
 
 /// A line on standard error that appears when the run takes long and goes away with this object.
@@ -51,8 +52,11 @@ private:
 
 }  // namespace
 
+Interrupted::Interrupted(int signal)
+    : std::runtime_error(std::string("cancelled by ") + strsignal(signal)), _signal(signal) {}
+
 void watchSignals() {
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction action {};
     // A signal that the caller had ignored stays ignored.
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;
@@ -64,7 +68,7 @@ void watchSignals() {
 }
 
 void throwIfCancelled() {
-  if (cancelled) throw std::runtime_error("cancelled");
+  if (endingSignal) throw Interrupted(endingSignal);
 }
 
 void runWatched(const boost::shared_ptr<processor::BaseProcessor>& processor, bool showProgress) {
@@ -75,7 +79,7 @@ void runWatched(const boost::shared_ptr<processor::BaseProcessor>& processor, bo
   for (std::chrono::microseconds pause(50); processor->isRunning();
        pause = std::min<std::chrono::microseconds>(pause * 3 / 2, milliseconds(50))) {
     std::this_thread::sleep_for(pause);
-    if (cancelled) processor->cancel();
+    if (endingSignal) processor->cancel();
     bar.update(processor->getProgress());
   }
   throwIfCancelled();

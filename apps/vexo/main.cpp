@@ -7,6 +7,8 @@
 #include <new>
 
 #include "Commands.h"
+#include "VEXOCore/Quote.h"
+#include "Watch.h"
 #include "Words.h"
 
 namespace vexo::app {
@@ -29,12 +31,12 @@ constexpr char help[] =
     "  vexo run PROCESSOR --help        the attributes as options\n"
     "  vexo --version | --help\n"
     "\n"
-    "Exit status: 0 done, 1 the run failed, 2 the words of the call are off.\n";
+    "Exit status: 0 done, 1 the run failed, 2 the words of the call are off, 128 + N ended by signal N.\n";
 
 void dispatch(const WordList& words) {
   const std::string& name = words.front();
   const bool alone = name == "--help" || name == "-h" || name == "--version";
-  if (alone && words.size() > 1) throw UsageError("unexpected word '" + words[1] + "' after " + name);
+  if (alone && words.size() > 1) throw UsageError("unexpected word " + quote(words[1]) + " after " + name);
   if (name == "--help" || name == "-h") {
     std::cout << help;
   } else if (name == "--version") {
@@ -51,10 +53,8 @@ void dispatch(const WordList& words) {
 }
 
 /// One line, whatever the message holds.
-int report(std::string message, int status) {
-  std::replace_if(
-      message.begin(), message.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  std::cerr << "vexo: " << message << std::endl;
+int report(const std::string& message, int status) {
+  std::cerr << "vexo: " << escapeControls(message) << std::endl;
   return status;
 }
 
@@ -69,6 +69,8 @@ int callMain(const WordList& words) {
     return 0;
   } catch (const UsageError& error) {
     return report(error.what(), 2);
+  } catch (const Interrupted& interrupted) {
+    return report(interrupted.what(), 128 + interrupted.getSignal());
   } catch (const std::bad_alloc&) {
     return report("out of memory", 1);
   } catch (const std::exception& error) {
