@@ -3,6 +3,8 @@
 #include <boost/thread/mutex.hpp>
 #include <map>
 
+#include "VEXOCore/Quote.h"
+
 namespace vexo::processor {
 namespace {
 
@@ -25,6 +27,8 @@ void ProcessorFactory::registerProcessor(const std::string& typeName, const Proc
 }
 
 void ProcessorFactory::unRegisterProcessor(const std::string& typeName) {
+  // The library of the class is about to go: no run may be left in its code.
+  core::ActionRunner::getInstance().stopBackgroundRuns();
   boost::mutex::scoped_lock lock(registry().mutex);
   registry().infos.erase(typeName);
 }
@@ -38,7 +42,7 @@ boost::shared_ptr<BaseProcessor> ProcessorFactory::createProcessor(const std::st
   }
   if (!info.sharedCreator)
     raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnknownProcessor,
-                                typeName);
+                                cut(typeName));
   return boost::static_pointer_cast<BaseProcessor>(info.sharedCreator());
 }
 
