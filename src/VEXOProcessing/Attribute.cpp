@@ -1,6 +1,7 @@
 #include "VEXOProcessing/Attribute.h"
 
 #include <cctype>
+#include <cmath>
 #include <cstring>
 
 #include "VEXOCore/Buffer.h"
@@ -33,6 +34,11 @@ BaseAttribute::~BaseAttribute() = default;
 void raiseRefusedValue(const std::string& attributeName, const std::string& why) {
   raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::RefusedValue,
                               attributeName, why);
+}
+
+BoolResult checkFinite(double value) {
+  if (std::isfinite(value)) return true;
+  return BoolResult::failure(ScalarText<double>::toText(value) + " is not finite");
 }
 
 void raiseNotSet(const std::string& attributeName) {

@@ -68,6 +68,9 @@ using AttributeColl = std::vector<boost::shared_ptr<BaseAttribute>>;
 /// Raises that `attribute` refuses a value, in the one wording that all refusals have.
 [[noreturn]] VEXO_API void raiseRefusedValue(const std::string& attributeName, const std::string& why);
 
+/// For a check(): refuses NaN and infinities, which no processing can make sense of.
+VEXO_API BoolResult checkFinite(double value);
+
 /// Raises that a value was asked for that `attribute` does not have.
 [[noreturn]] VEXO_API void raiseNotSet(const std::string& attributeName);
 
@@ -90,7 +93,7 @@ public:
   using Text = ValueText<Storage>;
 
   static const AttributeInfo& info() {
-    static const AttributeInfo result(typeName<Derived>(), Derived::toolTip);
+    static const auto& result = *new AttributeInfo(typeName<Derived>(), Derived::toolTip);
     return result;
   }
   const AttributeInfo& getInfo() const override { return info(); }

@@ -109,24 +109,28 @@ class InNormalize : public processor::Attribute<InNormalize, bool> {
 public:
   static constexpr char toolTip[] = "Divide by the sum of the weights, unless that is nearly 0";
 };
-class InConvolBorder2d
-    : public processor::Attribute<InConvolBorder2d, boost::shared_ptr<const image::Border2dPolicy>> {
+/// Border policies: the constant of a constant border is a number.
+template <class Derived, class Policy>
+class ConvolBorder : public processor::Attribute<Derived, boost::shared_ptr<const Policy>> {
+public:
+  static BoolResult check(const boost::shared_ptr<const Policy>& border) {
+    return border ? processor::checkFinite(border->getConstant()) : true;
+  }
+};
+class InConvolBorder2d : public ConvolBorder<InConvolBorder2d, image::Border2dPolicy> {
 public:
   static constexpr char toolTip[] = "How pixels outside the image are obtained";
 };
-class InConvolBorder3d
-    : public processor::Attribute<InConvolBorder3d, boost::shared_ptr<const image::Border3dPolicy>> {
+class InConvolBorder3d : public ConvolBorder<InConvolBorder3d, image::Border3dPolicy> {
 public:
   static constexpr char toolTip[] = "How voxels outside the image are obtained";
 };
-class InOptConvolBorder2d
-    : public processor::Attribute<InOptConvolBorder2d, boost::shared_ptr<const image::Border2dPolicy>> {
+class InOptConvolBorder2d : public ConvolBorder<InOptConvolBorder2d, image::Border2dPolicy> {
 public:
   static constexpr char toolTip[] = "How pixels outside the image are obtained";
   static StorageType defaultValue() { return image::mirorBorder2d(); }
 };
-class InOptConvolBorder3d
-    : public processor::Attribute<InOptConvolBorder3d, boost::shared_ptr<const image::Border3dPolicy>> {
+class InOptConvolBorder3d : public ConvolBorder<InOptConvolBorder3d, image::Border3dPolicy> {
 public:
   static constexpr char toolTip[] = "How voxels outside the image are obtained";
   static StorageType defaultValue() { return image::mirorBorder3d(); }
@@ -137,6 +141,7 @@ class InFactor : public processor::Attribute<InFactor, double> {
 public:
   static constexpr char toolTip[] =
       "A pixel is replaced when this times its distance from the neighbours' mean exceeds their deviation";
+  static BoolResult check(double value) { return processor::checkFinite(value); }
 };
 
 /// Histogram medians.
@@ -157,8 +162,12 @@ class InInputRange : public processor::Attribute<InInputRange, boost::shared_ptr
 public:
   static constexpr char toolTip[] = "Range of the input's samples, for which the 256 levels are chosen";
   static BoolResult check(const boost::shared_ptr<const Range>& range) {
-    if (!range || range->minimum.getValue() <= range->maximum.getValue()) return true;
-    return BoolResult::failure(dataItemToText(*range) + " is reversed, or no range of numbers");
+    if (!range) return true;
+    for (const auto* bound : {&range->minimum, &range->maximum})
+      if (const BoolResult finite = processor::checkFinite(bound->getValue()); !finite)
+        return BoolResult::failure(bound->getKey() + ": " + finite.getMessage());
+    if (range->minimum.getValue() <= range->maximum.getValue()) return true;
+    return BoolResult::failure(dataItemToText(*range) + " is reversed");
   }
 };
 
@@ -242,8 +251,13 @@ class InOptSmoothingGaussianCoverage
 public:
   static constexpr char toolTip[] = "How much of the Gaussian the kernel covers";
   static StorageType defaultValue() {
-    static const auto item = boost::make_shared<const GaussianCoverage>();
+    static const auto& item = *new StorageType(boost::make_shared<const GaussianCoverage>());
     return item;
+  }
+  static BoolResult check(const StorageType& item) {
+    const float coverage = item ? item->coverage.getValue() : 0.5f;
+    if (coverage > 0 && coverage < 1) return true;  // comparisons with NaN are false
+    return BoolResult::failure("coverage: " + item->coverage.getText() + " is not in ]0, 1[");
   }
 };
 

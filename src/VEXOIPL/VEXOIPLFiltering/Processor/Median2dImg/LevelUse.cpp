@@ -1,8 +1,16 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Median2dImg/LevelUse.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace vexo::imaproc::filter {
+
+boost::shared_ptr<const attr::Range> makeMeasuredRange(double minimum, double maximum) {
+  constexpr double largest = std::numeric_limits<float>::max();
+  // Integers of 32 bits lie within that, too.
+  return boost::make_shared<const attr::Range>(std::clamp(minimum, -largest, largest),
+                                               std::clamp(maximum, -largest, largest));
+}
 
 LevelUse decideLevelUse(image::eImageBufferType type, bool compressionAllowed, const attr::Range& range) {
   const bool isReal = type == image::eImageBufferType::Real32;

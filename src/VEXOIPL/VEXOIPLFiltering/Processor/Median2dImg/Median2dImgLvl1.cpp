@@ -57,7 +57,7 @@ Median2dImgLvl1::Step Median2dImgLvl1::chooseByHalfSizes() const {
 }
 
 Median2dImgLvl1::Step Median2dImgLvl1::chooseByRange() {
-  _range = boost::make_shared<const attr::Range>(_stats->minimum.getValue(), _stats->maximum.getValue());
+  _range = makeMeasuredRange(_stats->minimum.getValue(), _stats->maximum.getValue());
   return chooseByLevels(decideLevelUse(getStorage<attr::InImg>()->getBufferType(),
                                        getStorage<attr::InOutOptAllow8bitsCompression>(), *_range));
 }

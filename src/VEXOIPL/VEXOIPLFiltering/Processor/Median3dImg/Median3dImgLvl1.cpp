@@ -52,7 +52,7 @@ Median3dImgLvl1::Step Median3dImgLvl1::chooseByHalfSizes() const {
 }
 
 Median3dImgLvl1::Step Median3dImgLvl1::chooseByRange() {
-  _range = boost::make_shared<const attr::Range>(_stats->minimum.getValue(), _stats->maximum.getValue());
+  _range = makeMeasuredRange(_stats->minimum.getValue(), _stats->maximum.getValue());
   const LevelUse levels = decideLevelUse(getStorage<attr::InImg3d>()->getBufferType(),
                                          getStorage<attr::InOutOptAllow8bitsCompression>(), *_range);
   if (levels.fits) accessAttribute<attr::InOutOptAllow8bitsCompression>()->setStorage(false);

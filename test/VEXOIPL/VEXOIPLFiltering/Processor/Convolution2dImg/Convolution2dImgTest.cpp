@@ -278,6 +278,8 @@ TEST(Convolution2d, BadCallsNameWhatIsWrongAndTouchNothing) {
       {{[&] { convolution2dImg(nullptr, kernel, true); }, "InImg"},
        {[&] { convolution2dImg(in, nullptr, true); }, "InKnlXY"},
        {[&] { convolution2dImg(in, kernel, true, BorderPtr()); }, "InOptConvolBorder2d"},
+       {[&] { convolution2dImg(in, kernel, true, image::constantBorder2d(NAN)); },
+        "InOptConvolBorder2d: the value is refused: nan"},
        {[&] { convolution2dImg(in, kernel, true, ImagePtr()); }, "OutImg"},
        {[&] { convolution2dImg(in, kernel, true, wrong); }, "20 x 11"},
        {[&] { convolution2dImg(in, far, true, out); }, "InKnlXY: the value is refused: it reaches 40000"},

@@ -169,9 +169,9 @@ TEST(GaussianSmoothing2d, BadCallsNameWhatIsWrongAndTouchNothing) {
                  {call(inf, 1, 0.9f), "InStdDevX: the value is refused: inf"},
                  {call(1e9f, 1, 0.9f), "InStdDevX: the value is refused: 1e+09"},
                  {call(1, 1e9f, 0.9f, 32768), "32767"},
-                 {call(1, 1, 0), "coverage: the value is refused: 0"},
-                 {call(1, 1, 1), "coverage: the value is refused: 1"},
-                 {call(1, 1, nan), "coverage: the value is refused: nan"}});
+                 {call(1, 1, 0), "InOptSmoothingGaussianCoverage: the value is refused: coverage: 0"},
+                 {call(1, 1, 1), "InOptSmoothingGaussianCoverage: the value is refused: coverage: 1"},
+                 {call(1, 1, nan), "InOptSmoothingGaussianCoverage: the value is refused: coverage: nan"}});
   EXPECT_TRUE(sameBits(*out, *before));
   EXPECT_TRUE(sameBits(*wrong, *wrongBefore));
 }

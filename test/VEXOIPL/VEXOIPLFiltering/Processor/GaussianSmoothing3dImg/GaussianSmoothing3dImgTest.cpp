@@ -145,7 +145,7 @@ TEST(GaussianSmoothing3d, BadCallsNameWhatIsWrongAndTouchNothing) {
        {call(1, -0.5f, 1, 0.9f), "InStdDevY: the value is refused: -0.5"},
        {call(1, 1, nan, 0.9f), "InStdDevZ: the value is refused: nan"},
        {call(1, 1, 1e9f, 0.9f), "InStdDevZ: the value is refused: 1e+09"},
-       {call(1, 1, 1, 1), "coverage: the value is refused: 1"}});
+       {call(1, 1, 1, 1), "InOptSmoothingGaussianCoverage: the value is refused: coverage: 1"}});
   EXPECT_TRUE(sameBits(*out, *before));
   EXPECT_TRUE(sameBits(*wrong, *wrongBefore));
 }

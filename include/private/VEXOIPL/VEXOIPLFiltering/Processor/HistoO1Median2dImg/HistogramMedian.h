@@ -9,7 +9,7 @@ namespace vexo::imaproc::filter {
 
 /// The levels of an input type over a range. For integers the bounds are truncated towards 0, and up to 256
 /// of them have a level each. Of more values, and of floats, several share a level; its sample is the lowest
-/// of them, without a fraction for integers. An infinite bound stands for the largest float.
+/// of them, without a fraction for integers. A bound beyond the largest float is cut to it.
 LevelMap makeLevelMap(const attr::Range& range, image::eImageBufferType input,
                       image::eImageBufferType output);
 

@@ -7,6 +7,9 @@
 
 namespace vexo::imaproc::filter {
 
+/// The range of measured samples. An infinity counts as the largest float.
+boost::shared_ptr<const attr::Range> makeMeasuredRange(double minimum, double maximum);
+
 /// Whether a median counts its samples in 256 levels, which is fast, and what decides that.
 struct LevelUse {
   bool fits;  ///< the range of the samples needs no compression

@@ -34,9 +34,9 @@ private:
 /// Sums are in single precision, in the order of the kernel's points. Integer outputs are rounded half away
 /// from zero and keep the low bits: 300.4 becomes 44 in an 8-bit output. NaN becomes 0 there.
 ///
-/// Throws an exception derived from vexo::BaseException: an image, the kernel or the border is null, an
-/// offset is too far, the sizes of the output differ, the output overlaps the input without being the same
-/// image. The output is then untouched.
+/// Throws an exception derived from vexo::BaseException: an image, the kernel or the border is null, the
+/// constant of the border is not finite, an offset is too far, the sizes of the output differ, the output
+/// overlaps the input without being the same image. The output is then untouched.
 VEXO_API boost::shared_ptr<image::BaseImage> convolution2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
     bool normalize);

@@ -27,14 +27,14 @@ private:
 ///
 /// inImg: any of the seven sample types. outImg: the type and the sizes of the input; it may be the input
 /// itself. inHalfKnlSizeX, inHalfKnlSizeY: in pixels, from 0 to 32767; 0 and 0, which leave no neighbours,
-/// keep all pixels. inFactor: 0, a negative factor and NaN keep all pixels.
+/// keep all pixels. inFactor: finite; 0 and a negative factor keep all pixels.
 ///
 /// Computed in double precision. A mean is cut to an integer towards zero in an integer image, and rounded to
 /// single precision in a float one. A pixel whose window holds a NaN or an infinity is kept.
 ///
-/// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, sizes or
-/// type of the output differ, the output overlaps the input without being the same image. The output is then
-/// untouched.
+/// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
+/// factor is not finite, sizes or type of the output differ, the output overlaps the input without being the
+/// same image. The output is then untouched.
 VEXO_API boost::shared_ptr<image::BaseImage> despeckleFilter2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, double inFactor);

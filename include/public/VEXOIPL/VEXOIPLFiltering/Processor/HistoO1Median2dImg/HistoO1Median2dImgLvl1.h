@@ -25,8 +25,8 @@ private:
 ///
 /// inImg: any of the seven sample types. outImg: any of them, whatever the input's, and the input's sizes; it
 /// may be the input itself. Without it the result has the input's sizes and type. inHalfKnlSizeX,
-/// inHalfKnlSizeY: in pixels, from 0 to 32767. inInputRange: the range of the samples, minimum <= maximum;
-/// for integers both are truncated towards 0, an infinite one stands for the largest float.
+/// inHalfKnlSizeY: in pixels, from 0 to 32767. inInputRange: the range of the samples, minimum <= maximum,
+/// both finite; for integers both are truncated towards 0, one beyond the largest float is cut to it.
 ///
 /// Samples are counted in 256 levels. Over a range of up to 255 integers have a level each, and the result is
 /// the median, exactly. Over a larger one, and for float32, a level is (sample - minimum) * 256 / (maximum -
@@ -39,8 +39,8 @@ private:
 /// histoO1MedianXStrip2dImg is the same for images of 1000 columns and more.
 ///
 /// Throws an exception derived from vexo::BaseException: an image or the range is null, the range is reversed
-/// or NaN, a half size is too large, the sizes of the output differ, the output overlaps the input without
-/// being the same image. The output is then untouched.
+/// or not finite, a half size is too large, the sizes of the output differ, the output overlaps the input
+/// without being the same image. The output is then untouched.
 VEXO_API boost::shared_ptr<image::BaseImage> histoO1Median2dImg(
     const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange);
