@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+
+#include "Calls.h"
+#include "FailingMemory.h"
+#include "Filters.h"
+#include "VEXOCore/Buffer.h"
+#include "VEXOSerialization/JsonArchive.h"
+
+namespace vexo::test {
+namespace {
+
+using core::eSynchroType;
+using processor::BaseProcessor;
+
+/// Several strips and planes, so that threads take part.
+const image::ImageGeometry geometry{40, 150, 3, 1, 2};
+
+/// Runs to the end; throws what made the run fail.
+std::string run(BaseProcessor& filter, eSynchroType synchro) {
+  const BoolResult begun = filter.run(synchro);
+  filter.wait();
+  filter.rethrowFailure();
+  if (!begun) throw BaseException(begun.getMessage(), VEXO_HERE);
+  return resultOf(filter);
+}
+
+/// Whether `call` fails as a host expects it: with an exception of the library, or of memory.
+template <class Call>
+bool failsCleanly(const Call& call) {
+  try {
+    call();
+    return false;
+  } catch (const BaseException& failure) {
+    EXPECT_STRNE("", failure.what());
+  } catch (const std::bad_alloc&) {
+  }
+  return true;
+}
+
+/// Fails each allocation of `call` in turn, until it has fewer.
+template <class Call>
+long failEach(const Call& call) {
+  for (long number = 1;; ++number) {
+    bool failed = false, leaves = true;
+    long made = 0;
+    // Some attempts leave what is meant to last, such as what a thread needs for its first message. A leak
+    // leaves something each time.
+    for (int attempt = 0; leaves && attempt < 8; ++attempt) {
+      const long before = countBlocks();
+      failAllocation(number);
+      failed = failsCleanly(call);
+      made = endFailing();
+      // Threads end a little later than the run that they took part in.
+      for (int wait = 0; wait < 10 && countBlocks() > before; ++wait) usleep(200);
+      leaves = countBlocks() > before;
+    }
+    EXPECT_FALSE(leaves) << "after failure " << number << ", in " << failedLibrary();
+    if (!failed && made < number) return number - 1;
+  }
+}
+
+class EveryFilter : public testing::TestWithParam<std::string> {};
+INSTANTIATE_TEST_SUITE_P(Faults, EveryFilter, testing::ValuesIn(filterNames()),
+                         [](const auto& info) { return info.param.substr(info.param.rfind(':') + 1); });
+
+TEST_P(EveryFilter, SurvivesEachFailedAllocation) {
+  const auto filter = makeFilter(GetParam(), geometry, image::eImageBufferType::UInt16);
+  const std::string expected = run(*filter, eSynchroType::Synchronous);
+  for (const std::size_t threads : {std::size_t(1), std::size_t(3)})
+    for (const auto synchro : {eSynchroType::Synchronous, eSynchroType::Asynchronous}) {
+      filter->setThreadLimit(threads);
+      run(*filter, synchro);  // what is made at its first use is there now
+      const long failures = failEach([&] { run(*filter, synchro); });
+      EXPECT_GT(failures, 10);
+      EXPECT_EQ(expected, run(*filter, synchro));
+    }
+  // Everything from some point on, as when memory is really gone.
+  for (long number = 1; number < 200; number += 7) {
+    failAllocation(number, true);
+    failsCleanly([&] { run(*filter, eSynchroType::Asynchronous); });
+    endFailing();
+  }
+  EXPECT_EQ(expected, run(*filter, eSynchroType::Synchronous));
+}
+
+TEST(Memory, SerialFormSurvivesEachFailedAllocation) {
+  const auto filter = makeFilter(filterNames().front(), {5, 4}, image::eImageBufferType::Real32);
+  std::string text;
+  const auto exchange = [&] {
+    JsonOArchive out;
+    filter->write(out);
+    JsonIArchive in(text = out.getText());
+    if (const BoolResult read = filter->read(in); !read) throw BaseException(read.getMessage(), VEXO_HERE);
+  };
+  exchange();
+  const std::string expected = text;
+  EXPECT_GT(failEach(exchange), 100);
+  exchange();
+  EXPECT_EQ(expected, text);
+}
+
+TEST(Memory, LargeImagesSurviveEachFailedAllocation) {
+  const auto filter = makeFilter("vexo::imaproc::filter::MeanSmoothing2dImgLvl1", {1500, 1500},
+                                 image::eImageBufferType::UInt8);
+  const std::string expected = run(*filter, eSynchroType::Synchronous);
+  setRecycledMemoryLimit(0);
+  failEach([&] { run(*filter, eSynchroType::Synchronous); });
+  setRecycledMemoryLimit(std::size_t(256) << 20);
+  EXPECT_EQ(expected, run(*filter, eSynchroType::Synchronous));
+}
+
+/// The first calls of a process make what lasts. Each child begins anew.
+TEST(Memory, FirstCallsSurviveEachFailedAllocation) {
+  const auto attempt = [](long number) -> std::string {
+    int channel[2];
+    if (pipe(channel) != 0) return "no pipe";
+    const pid_t child = fork();
+    if (child == 0) {
+      execl("/proc/self/exe", "FaultTest", "--first-call", std::to_string(number).c_str(),
+            std::to_string(channel[1]).c_str(), nullptr);
+      _exit(99);
+    }
+    close(channel[1]);
+    std::string library;
+    for (char c; read(channel[0], &c, 1) == 1;) library += c;
+    close(channel[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (status == 0) return "";
+    return WIFEXITED(status) && WEXITSTATUS(status) == 3 ? "end" : "failure in " + library;
+  };
+  std::map<std::string, int> outcomes;
+  for (long number = 1; number < 3000; ++number) {
+    const std::string outcome = attempt(number);
+    if (outcome == "end") break;
+    ++outcomes[outcome];
+  }
+  for (const auto& [outcome, times] : outcomes) {
+    EXPECT_EQ("", outcome) << times << " times";
+  }
+  EXPECT_GT(outcomes[""], 100);
+}
+
+/// What a child of FirstCallsSurviveEachFailedAllocation does. 0: as it should be, 3: nothing failed any
+/// more.
+int firstCall(long number, int channel) {
+  failAllocation(number);
+  const bool failed = failsCleanly([] {
+    const auto filter =
+        makeFilter("vexo::imaproc::filter::Bilateral2dImgLvl1", geometry, image::eImageBufferType::UInt16);
+    filter->setThreadLimit(3);
+    run(*filter, eSynchroType::Asynchronous);
+  });
+  const long made = endFailing();
+  dprintf(channel, "%s", failedLibrary());
+  if (!failed && made < number) return 3;
+  const auto filter =
+      makeFilter("vexo::imaproc::filter::Bilateral2dImgLvl1", geometry, image::eImageBufferType::UInt16);
+  run(*filter, eSynchroType::Synchronous);
+  return 0;
+}
+
+}  // namespace
+}  // namespace vexo::test
+
+int main(int argc, char** argv) {
+  if (argc == 4 && std::string(argv[1]) == "--first-call")
+    return vexo::test::firstCall(std::atol(argv[2]), std::atoi(argv[3]));
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
