@@ -231,6 +231,11 @@ TEST_F(CommandLineTest, WordsThatAreOff) {
       {files + "--threads 0", "'0'"},
       {files + "--threads two", "'two'"},
       {files + "--threads=", "''"},
+      {files + "--quiet=3", "--quiet takes no value, not '3'"},
+      {files + "--dry-run=", "--dry-run takes no value"},
+      {"'a\x1b[31mb\nc'", "'a\\x1b[31mb\\nc'"},
+      {files + "--threads " + std::string(5000, '7'),
+       std::string(100, '7') + "..." + std::string(60, '7') + "'"},
       {files + "--instruction-set avx3", "avx2"},
       {files + "--log-level inf", "INFO"},
       {mean + "--InImg in.tif --OutImg out.tif,type=uint7", "--OutImg 'uint7'; nearest: uint8"},
@@ -269,6 +274,12 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
       {mean + "--OutImg out.tif", "InImg"},
       {run + "--InHalfKnlSizeX 1", "InHalfKnlSizeY"},
       {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY 40000", "40000"},
+      {"run GaussianSmoothing2dImg --InImg in.tif --OutImg out.tif --InStdDevX 1 --InStdDevY 1 "
+       "--InOptSmoothingGaussianCoverage coverage=2",
+       "InOptSmoothingGaussianCoverage: the value is refused: coverage: 2"},
+      {"run DespeckleFilter2dImg --InImg in.tif --OutImg out.tif --InHalfKnlSizeX 1 --InHalfKnlSizeY 1 "
+       "--InFactor inf",
+       "InFactor: the value is refused: inf"},
       {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY @none.txt", "'none.txt': No such file"},
       {run + "--InHalfKnlSizeX 1 --InHalfKnlSizeY @.", "'.'"},
       {mean + "--InImg in.tif --OutImg out.jpg", ".jpg"},
@@ -298,6 +309,34 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
     const Answer answer = call(words, "/dev/full");
     EXPECT_EQ(1, answer.status) << words;
     EXPECT_EQ("vexo: cannot write to standard output\n", answer.errors) << words;
+  }
+}
+
+TEST_F(CommandLineTest, SignalsEndARunWithoutATrace) {
+  image::io::writeImage(*test::makeRandom({800, 800}, eImageBufferType::UInt16, 0, 60000),
+                        folder / "large.tif");
+  writeText(folder / "out.tif", "old");
+  const auto count = [this] { return std::distance(fs::directory_iterator(folder), {}); };
+  call("--version");  // so that the files of an answer are there
+  const auto before = count();
+  for (const auto& [name, number] : {std::pair<std::string, int>{"HUP", 1}, {"INT", 2}, {"TERM", 15}}) {
+    // A shell that is not interactive ignores SIGINT in what it starts in the background.
+    const Answer answer = call(
+        "--version; /usr/bin/python3 -c 'import signal, subprocess, sys, time\n"
+        "signal.signal(signal.SIGINT, signal.default_int_handler)\n"
+        "run = subprocess.Popen(sys.argv[1:])\n"
+        "time.sleep(0.5)\n"
+        "run.send_signal(signal.SIG" +
+        name +
+        ")\n"
+        "sys.exit(run.wait())' '" VEXO_PROGRAM
+        "' run GenericMedian2dImg --InImg large.tif "
+        "--OutImg out.tif --InHalfKnlSizeX 60 --InHalfKnlSizeY 60 ");
+    EXPECT_EQ(128 + number, answer.status) << name;
+    EXPECT_EQ(0u, answer.errors.rfind("vexo: cancelled by ", 0)) << answer.errors;
+    EXPECT_EQ(answer.errors.size() - 1, answer.errors.find('\n')) << answer.errors;
+    EXPECT_EQ("old", readText(folder / "out.tif"));
+    EXPECT_EQ(before, count());
   }
 }
 
