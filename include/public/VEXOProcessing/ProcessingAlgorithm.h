@@ -96,7 +96,7 @@ template <class Lvl3>
 std::vector<KernelObject> kernelObjects() {
   return {
     {{eIS_Standard}, portable::Kernels<Lvl3>::table()},
-#if defined(__x86_64__)
+#if defined(__x86_64__) && !defined(VEXO_PORTABLE_KERNELS)
         {{eIS_SSE2}, portable::Kernels<Lvl3>::table()}, {{eIS_AVX}, avx::Kernels<Lvl3>::table()},
         {{eIS_AVX2}, avx2::Kernels<Lvl3>::table()}, {{eIS_AVX512}, avx512::Kernels<Lvl3>::table()},
 #endif
