@@ -1,6 +1,7 @@
 #include <png.h>
 
 #include <cstdio>
+#include <limits>
 
 #include "VEXOCore/Buffer.h"
 #include "VEXOImageIO/Format.h"
@@ -86,19 +87,28 @@ struct PngLayout {
   int passes = 1;
 };
 
-PngLayout readLayout(PngHandle& handle) {
+/// Throws, before libpng asks for memory, when the file cannot hold what its header states.
+PngLayout readLayout(const File& file, PngHandle& handle) {
   PngLayout layout;
   handle.attempt([&handle, &layout] {
     png_structp png = handle.png();
     png_infop info = handle.info();
     png_read_info(png, info);
+    layout.width = png_get_image_width(png, info);
+    layout.height = png_get_image_height(png, info);
     layout.storedRowBytes = png_get_rowbytes(png, info);
+  });
+  if (layout.storedRowBytes > std::numeric_limits<std::size_t>::max() / layout.height ||
+      layout.height * layout.storedRowBytes / largestExpansion > file.getSize())
+    raiseFileError(VEXO_HERE, file, "its ", file.getSize(), " bytes cannot hold an image of ", layout.width,
+                   " x ", layout.height);
+  handle.attempt([&handle, &layout] {
+    png_structp png = handle.png();
+    png_infop info = handle.info();
     png_set_expand(png);
     if (png_get_bit_depth(png, info) == 16) png_set_swap(png);  // samples are stored with the high byte first
     layout.passes = png_set_interlace_handling(png);
     png_read_update_info(png, info);
-    layout.width = png_get_image_width(png, info);
-    layout.height = png_get_image_height(png, info);
     layout.channels = png_get_channels(png, info);
     layout.bits = png_get_bit_depth(png, info);
     layout.rowBytes = png_get_rowbytes(png, info);
@@ -106,12 +116,13 @@ PngLayout readLayout(PngHandle& handle) {
   return layout;
 }
 
-ImageInfo toInfo(const PngLayout& layout) {
+ImageInfo toInfo(const File& file, const PngLayout& layout) {
   ImageInfo info;
   info.geometry.x = layout.width;
   info.geometry.y = layout.height;
   info.geometry.c = layout.channels;
   info.type = layout.bits == 16 ? eImageBufferType::UInt16 : eImageBufferType::UInt8;
+  checkImageBytes(file, info.geometry, info.type);
   return info;
 }
 
@@ -132,16 +143,13 @@ void readRows(PngHandle& handle, const PngLayout& layout, unsigned char* rows, I
 
 ImageInfo readPngInfo(File& file) {
   PngHandle handle(file, false);
-  return toInfo(readLayout(handle));
+  return toInfo(file, readLayout(file, handle));
 }
 
-boost::shared_ptr<Image> readPng(File& file) {
+boost::shared_ptr<Image> readPng(File& file, ImageInfo& info) {
   PngHandle handle(file, false);
-  const PngLayout layout = readLayout(handle);
-  if (layout.height > file.getSize() * largestExpansion / layout.storedRowBytes)
-    raiseFileError(VEXO_HERE, file, "its ", file.getSize(), " bytes cannot hold an image of ", layout.width,
-                   " x ", layout.height);
-  const ImageInfo info = toInfo(layout);
+  const PngLayout layout = readLayout(file, handle);
+  info = toInfo(file, layout);
   const auto image = allocateFor(file, [&] { return Image::create(info.geometry, info.type); });
   const std::size_t keptRows = layout.passes > 1 ? layout.height : 1;
   const auto rows = allocateFor(file, [&] { return allocateBlock(keptRows * layout.rowBytes); });
@@ -162,7 +170,7 @@ BoolResult canWritePng(const ImageGeometry& g, eImageBufferType type) {
   return true;
 }
 
-void writePng(File& file, const Image& image) {
+void writePng(File& file, const Image& image, const Calibration&) {
   constexpr int colourTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
                                  PNG_COLOR_TYPE_RGB_ALPHA};
   const std::size_t sampleSize = getSampleSize(image.getBufferType());
