@@ -59,11 +59,11 @@ void removeStaleFiles(const fs::path& folder) {
 /// Once per process and folder, so that writing many files into a large folder takes no longer.
 void removeStaleFilesOnce(const fs::path& folder) {
   static std::mutex mutex;
-  static std::set<std::pair<dev_t, ino_t>> known;
-  struct stat status {};
-  if (::stat(folder.c_str(), &status) != 0) return;
+  static std::set<fs::path> known;
+  std::error_code error;
+  const fs::path full = fs::absolute(folder, error);
   const std::lock_guard<std::mutex> lock(mutex);
-  if (known.emplace(status.st_dev, status.st_ino).second) removeStaleFiles(folder);
+  if (known.insert(full).second) removeStaleFiles(folder);
 }
 
 }  // namespace
