@@ -133,6 +133,13 @@ double parsePositive(const std::string& text) {
   return isKnown(value) ? value : 0;
 }
 
+double roundTo(int digits, double value) {
+  char text[32];
+  const auto result =
+      std::to_chars(text, text + sizeof(text), value, std::chars_format::scientific, digits - 1);
+  return parsePositive(std::string(text, result.ptr));
+}
+
 std::string formatNumber(double value) {
   char text[32];
   return std::string(text, std::to_chars(text, text + sizeof(text), value).ptr);
@@ -156,10 +163,7 @@ double getSeconds(const std::string& unit) {
 double toPixelSize(float pixelsPerUnit) {
   const double exact = 1 / static_cast<double>(pixelsPerUnit);
   for (int digits = 1; digits <= 6; ++digits) {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.*e", digits - 1, exact);
-    std::replace(text, text + sizeof(text), ',', '.');  // of the locale
-    const double shorter = parsePositive(text);
+    const double shorter = roundTo(digits, exact);
     if (static_cast<float>(1 / shorter) == pixelsPerUnit) return shorter;
   }
   return exact;

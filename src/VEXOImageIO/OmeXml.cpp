@@ -87,7 +87,7 @@ PlaneOrder OmeReader::read(const std::string& description, Calibration& calibrat
     const std::string unit = readUnit(unitName);
     if (unit == calibration.unit) return readSize(name);
     const double factor = getMetres(unit) / getMetres(calibration.unit);
-    return isKnown(factor) ? readSize(name) * factor : 0;
+    return isKnown(factor) ? roundTo(12, readSize(name) * factor) : 0;
   };
   calibration = {};
   calibration.unit = readUnit(isKnown(readSize("PhysicalSizeX")) ? "PhysicalSizeXUnit" : "PhysicalSizeZUnit");
@@ -97,8 +97,8 @@ PlaneOrder OmeReader::read(const std::string& description, Calibration& calibrat
   if (!isKnown(calibration.pixelHeight)) calibration.pixelWidth = 0;
   if (!isKnown(calibration.pixelWidth)) calibration.pixelHeight = 0;
   if (!isKnown(calibration.pixelWidth) && !isKnown(calibration.spacing)) calibration.unit.clear();
-  calibration.frameInterval =
-      readSize("TimeIncrement") * getSeconds(pixels.attribute("TimeIncrementUnit").as_string("s"));
+  calibration.frameInterval = roundTo(
+      12, readSize("TimeIncrement") * getSeconds(pixels.attribute("TimeIncrementUnit").as_string("s")));
   return order;
 }
 

@@ -260,9 +260,8 @@ void TiffReader::dividePages() {
   g.x = _first.width;
   g.y = _first.height;
   _order.z = _pages.size();
-  // Of the program that writes such a text nobody else takes it into account.
-  if (_description.rfind("{\"shape\":", 0) == 0 &&
-      _description.find("\"truncated\": true") != std::string::npos)
+  // So a file says that its one page stands for all.
+  if (_description.rfind("{", 0) == 0 && _description.find("\"truncated\": true") != std::string::npos)
     raiseFileError(VEXO_HERE, _file,
                    "it states one page for all planes ('truncated'): save a page for each of them");
   if (auto label = readImageJLabel(_description))
@@ -319,10 +318,10 @@ boost::shared_ptr<Image> TiffReader::read() {
     return image;
   }
   for (std::size_t i = 0; i < _pages.size(); ++i) {
-    if (_pages.size() > 1) _tiff.check(TIFFSetSubDirectory(_tiff.get(), _pages[i]) == 1);
+    if (_directory > 0) _tiff.check(TIFFSetSubDirectory(_tiff.get(), _pages[i]) == 1);
     _tiff.check(true);
     const Page page = readPage();
-    checkSame(page, i);  // someone may be overwriting the file
+    checkSame(page, _directories[i]);  // someone may be overwriting the file
     loadPage(page, *image, i);
   }
   _tiff.check(true);

@@ -15,6 +15,7 @@ bool isKnown(double value);
 /// Numbers as files hold them, whatever the locale; 0 when the text is none, or none that isKnown().
 double parsePositive(const std::string& text);
 std::string formatNumber(double value);
+double roundTo(int digits, double value);
 
 /// The length of one unit in metres, of one second or minute in seconds; 0 when the name is unknown.
 double getMetres(const std::string& unit);
