@@ -79,17 +79,16 @@ class ForeignFiles(unittest.TestCase):
         self.assertFalse(os.path.exists("never.tif"))
 
     def test_imagej(self):
-        for order in "<>":
+        rgb = make((2, 3, 9, 7, 3), "uint8")
+        for form in ({"byteorder": order, "truncate": alone} for order in "<>" for alone in (False, True)):
             for sample_type in ("uint8", "uint16", "float32"):
                 for axes, shape in {"TZCYX": (2, 3, 4, 9, 7), "ZYX": (5, 9, 7), "CYX": (3, 9, 7), "TYX": (6, 9, 7)}.items():
-                    with self.subTest(order=order, sample_type=sample_type, axes=axes):
+                    with self.subTest(form=form, sample_type=sample_type, axes=axes):
                         image = make(shape, sample_type)
-                        tifffile.imwrite("in.tif", image, imagej=True, byteorder=order, metadata={"axes": axes})
+                        tifffile.imwrite("in.tif", image, imagej=True, metadata={"axes": axes}, **form)
                         self.check(image.reshape([dict(zip(axes, shape)).get(axis, 1) for axis in "TZCYX"]))
-        for order in "<>":
-            image = make((2, 3, 9, 7, 3), "uint8")
-            tifffile.imwrite("in.tif", image, imagej=True, byteorder=order, metadata={"axes": "TZYXS"})
-            self.check(np.moveaxis(image, -1, 2))
+            tifffile.imwrite("in.tif", rgb, imagej=True, metadata={"axes": "TZYXS"}, **form)
+            self.check(np.moveaxis(rgb, -1, 2))
 
     def test_imagej_calibration(self):
         label = {"axes": "ZCYX", "unit": "\\u00B5m", "spacing": 0.75, "finterval": 1.5, "mode": "composite"}
@@ -224,8 +223,10 @@ class ForeignFiles(unittest.TestCase):
                 for page in (image, image, other):
                     tiff.write(page, metadata=None, photometric="rgb" if page.ndim == 3 else "minisblack")
             self.check_refused("page 3", "differs from the first", "files of their own")
-        tifffile.imwrite("in.tif", make((3, 9, 8)), imagej=True, metadata={"axes": "ZYX"})
-        os.truncate("in.tif", os.path.getsize("in.tif") - 1)
+        tifffile.imwrite("in.tif", make((3, 9, 8)), imagej=True, truncate=True, metadata={"axes": "ZYX"})
+        with tifffile.TiffFile("in.tif") as tiff:
+            end = tiff.series[0].dataoffset + 3 * 9 * 8 * 2
+        os.truncate("in.tif", end - 1)
         self.check_refused("3 pages", "only 2")
         tifffile.imwrite("in.tif", make((4, 9, 8)), photometric="minisblack")
         size = str(4 * 9 * 8 * 2 - 1)
