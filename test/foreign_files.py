@@ -29,7 +29,8 @@ def make(shape, sample_type="uint16"):
 
 def read_labelled(path):
     """Planes as a reader takes them that follows the label: one directory, everything behind its first strip."""
-    data = open(path, "rb").read()
+    with open(path, "rb") as file:
+        data = file.read()
     order = "<" if data[:2] == b"II" else ">"
     at, tags = struct.unpack(order + "I", data[4:8])[0], {}
     for i in range(struct.unpack_from(order + "H", data, at)[0]):
@@ -200,6 +201,15 @@ class ForeignFiles(unittest.TestCase):
                     self.check(make((2, 40, 50))[np.newaxis, :, np.newaxis])
                 done("tiffcp", *option, "rgb.tif", "in.tif")
                 self.check(np.moveaxis(rgb, -1, 1)[np.newaxis])
+
+    def test_constant_images_are_plausible(self):
+        image = np.full((3000, 4000), 7, "uint8")
+        tifffile.imwrite("grey.tif", image)
+        for codec in ("packbits", "lzw", "zip", "lzma", "zstd", "lerc", "jpeg"):
+            for layout in (["-s", "-r", "3000"], ["-t", "-w", "512", "-l", "512"]):
+                with self.subTest(codec=codec, layout=layout):
+                    done("tiffcp", "-c", codec, *layout, "grey.tif", "in.tif")
+                    self.assertEqual([7, 7], [self.info("in.tif")[key] for key in ("minimum", "maximum")])
 
     def test_refusals(self):
         image = make((9, 8))
