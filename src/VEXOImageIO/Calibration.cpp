@@ -164,7 +164,10 @@ double toPixelSize(float pixelsPerUnit) {
   const double exact = 1 / static_cast<double>(pixelsPerUnit);
   for (int digits = 1; digits <= 6; ++digits) {
     const double shorter = roundTo(digits, exact);
-    if (static_cast<float>(1 / shorter) == pixelsPerUnit) return shorter;
+    // Files hold about six digits; a longer number must be that of libtiff's seven.
+    const bool isMeant = digits < 6 ? std::fabs(shorter - exact) < 1e-6 * exact
+                                    : static_cast<float>(1 / shorter) == pixelsPerUnit;
+    if (isMeant) return shorter;
   }
   return exact;
 }

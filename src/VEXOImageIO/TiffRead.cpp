@@ -159,7 +159,11 @@ Page TiffReader::readPage() {
     raiseFileError(VEXO_HERE, _file, "the TIFF file states no image size");
   if (const std::string obstacle = findType(bits, format, page.type); !obstacle.empty())
     raiseFileError(VEXO_HERE, _file, obstacle);
-  if (const std::string obstacle = findObstacle(photometric, page.compression); !obstacle.empty())
+  // Behind the label a palette is how the samples are shown, they are intensities all the same.
+  const bool isShown = photometric == PHOTOMETRIC_PALETTE && readImageJLabel(_description);
+  if (const std::string obstacle =
+          findObstacle(isShown ? PHOTOMETRIC_MINISBLACK : photometric, page.compression);
+      !obstacle.empty())
     raiseFileError(VEXO_HERE, _file, obstacle);
   for (const std::uint32_t tag : {TIFFTAG_IMAGEDEPTH, TIFFTAG_TILEDEPTH})
     if (const auto depth = getField<std::uint32_t>(tag, 1); depth > 1)

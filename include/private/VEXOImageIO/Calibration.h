@@ -21,8 +21,8 @@ double roundTo(int digits, double value);
 double getMetres(const std::string& unit);
 double getSeconds(const std::string& unit);
 
-/// The size of a pixel from the pixels per unit, of which libtiff keeps seven digits: the shortest decimal
-/// number that gives these digits, where there is one.
+/// The size of a pixel from the pixels per unit, of which files and libtiff keep six or seven digits: the short
+/// decimal number that gives these digits, where there is one.
 double toPixelSize(float pixelsPerUnit);
 /// The value as a fraction of small numbers, exact to 12 digits where 32 bits allow it; none when they are
 /// too few.
