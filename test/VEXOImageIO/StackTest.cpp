@@ -175,6 +175,18 @@ TEST_F(ImageIO, CalibrationIsKept) {
     EXPECT_EQ(c.read.unit, readImageInfo(at("b.tif")).calibration.unit);
     EXPECT_EQ(c.read.unit.empty(), LabelledStack(at("b.tif")).description.empty());
   }
+  // PNG knows whole pixels per metre.
+  for (const auto& [unit, size] :
+       {std::pair<const char*, double>{"\u00B5m", 0.1625}, {"nm", 162.5}, {"cm", 0.00001625}}) {
+    writeImage(*randomImage({5, 4}, eImageBufferType::UInt8), at("a.png"), {size, 2 * size, 0, unit, 0, ""});
+    const Calibration read = readImageInfo(at("a.png")).calibration;
+    EXPECT_DOUBLE_EQ(0.1625, read.pixelWidth);
+    EXPECT_DOUBLE_EQ(0.325, read.pixelHeight);
+    EXPECT_EQ("\u00B5m", read.unit);
+  }
+  writeImage(*randomImage({5, 4}, eImageBufferType::UInt8), at("a.png"),
+             {1 / 72., 1 / 72., 0, "inch", 0, ""});
+  EXPECT_EQ(0, readImageInfo(at("a.png")).calibration.pixelWidth);
 }
 
 }  // namespace
