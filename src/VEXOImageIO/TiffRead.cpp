@@ -100,8 +100,9 @@ private:
   ImageInfo _info;
   Page _first;
   std::string _description;
-  std::vector<std::uint64_t>
-      _pages;  ///< offsets: finding a page by its number would walk through all before it
+  const std::uint64_t _fileSize = _file.getSize();
+  /// Offsets: finding a page by its number would walk through all before it.
+  std::vector<std::uint64_t> _pages;
   std::vector<std::size_t> _directories;  ///< the numbers of the pages among all directories
   std::size_t _directory = 0;             ///< the number of the current one while they are scanned
   PlaneOrder _order;
@@ -197,8 +198,8 @@ void TiffReader::readLayout(Page& page) {
 void TiffReader::checkBlocks(const Page& page) {
   TIFF* tiff = _tiff.get();
   const std::uint64_t blocks = multiply(multiply(page.getBlocksAcross(), page.getBlocksDown()), page.planes);
-  if (blocks > _file.getSize() - _storedBytes)
-    raiseFileError(VEXO_HERE, _file, "its ", _file.getSize(), " bytes cannot hold the ", blocks,
+  if (blocks > _fileSize - _storedBytes)
+    raiseFileError(VEXO_HERE, _file, "its ", _fileSize, " bytes cannot hold the ", blocks,
                    " strips or tiles of page ", _directory + 1);
   _tiff.check(blocks == (page.tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff)));
   if (page.compression == COMPRESSION_WEBP)
@@ -211,7 +212,6 @@ void TiffReader::checkBlocks(const Page& page) {
 
 void TiffReader::checkBlock(const Page& page, const Block& block) {
   TIFF* tiff = _tiff.get();
-  const std::uint64_t fileSize = _file.getSize();
   const auto refuse = [&](const auto&... why) {
     raiseFileError(VEXO_HERE, _file, page.tiled ? "tile " : "strip ", block.index + 1, " of page ",
                    _directory + 1, ' ', why...);
@@ -224,9 +224,10 @@ void TiffReader::checkBlock(const Page& page, const Block& block) {
   const std::uint64_t count = failed ? 0 : TIFFGetStrileByteCountWithErr(tiff, block.index, &failed);
   if (failed || count == 0) refuse("has no data");
   if (offset < (TIFFIsBigTIFF(tiff) ? 16 : 8)) refuse("lies in the header of the file");
-  if (offset > fileSize || count > fileSize - offset) raiseFileError(VEXO_HERE, _file, "the file ends early");
-  if (count > fileSize - _storedBytes)
-    refuse("does not fit: with it the strips and tiles have more bytes than the file, ", fileSize);
+  if (offset > _fileSize || count > _fileSize - offset)
+    raiseFileError(VEXO_HERE, _file, "the file ends early");
+  if (count > _fileSize - _storedBytes)
+    refuse("does not fit: with it the strips and tiles have more bytes than the file, ", _fileSize);
   const TiffCodec codec = getCodec(page.compression);
   if (codec.isPerBlock && bytes / codec.largestExpansion > count)
     refuse("of ", bytes, " bytes cannot come from ", count, " bytes");
@@ -311,7 +312,7 @@ void TiffReader::divideByLabel(ImageJLabel& label) {
 
 std::size_t TiffReader::findFollowing(std::uint64_t stated) {
   if (!_isDense || _directories.back() != 0) return 1;
-  const std::uint64_t room = (_file.getSize() - _firstOffset) / _storedBytes;
+  const std::uint64_t room = (_fileSize - _firstOffset) / _storedBytes;
   return static_cast<std::size_t>(std::min(stated, room));
 }
 
