@@ -138,7 +138,8 @@ TEST_F(ImageIO, WhatAKilledWriterLeavesTheNextOneRemoves) {
   fs::create_directories(at("folder"));
   const pid_t child = fork();
   if (child == 0) {
-    const rlimit few{20000, 20000};
+    const rlimit few{20000, 20000}, none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
     std::signal(SIGXFSZ, SIG_DFL);
     setrlimit(RLIMIT_FSIZE, &few);
     writeImage(*image, at("folder/a.tif"));
