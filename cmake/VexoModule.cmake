@@ -1,3 +1,13 @@
+# vexo_harden(<target>): for what reads files of strangers. The stack protector and checked library calls end the
+# program where an overflow would take it over.
+function(vexo_harden target)
+  target_compile_options(${target} PRIVATE -fstack-protector-strong)
+  if(NOT VEXO_SANITIZE)
+    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+      $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  endif()
+endfunction()
+
 # vexo_add_module(<name> [FAMILY <folder>] [PUBLIC <targets>] [PRIVATE <targets>])
 #
 # One shared library, alias vexo::<name>, of everything below src/[<folder>/]<name>. Sources that end in

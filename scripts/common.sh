@@ -1,7 +1,7 @@
 # Shared by the scripts of this folder: where the project is, and how missing packages come in. Sourced, not run.
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-build_packages=(g++ cmake ninja-build pkg-config ccache libboost-dev liblog4cplus-dev libtiff-dev libpng-dev
+build_packages=(g++ cmake ninja-build pkg-config ccache libboost-dev liblog4cplus-dev libtiff-dev libpng-dev libpugixml-dev
   nlohmann-json3-dev libcli11-dev)
 
 # Runs a command as root, with sudo where that is not who we are.

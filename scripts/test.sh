@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-install_packages "${build_packages[@]}" libgtest-dev libgmock-dev python3
+install_packages "${build_packages[@]}" libgtest-dev libgmock-dev python3 python3-numpy python3-tifffile libtiff-tools
 
 presets=("$@")
 [ ${#presets[@]} -gt 0 ] || presets=(release asan tsan)

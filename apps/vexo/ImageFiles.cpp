@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "VEXOCore/BaseException.h"
 #include "VEXOCore/Quote.h"
-#include "VEXOImageIO/ImageIO.h"
 #include "Words.h"
 
 namespace vexo::app {
@@ -75,11 +75,13 @@ bool ImageFiles::haveOutput() const {
                      [](const File& file) { return file.attribute->isOutput(); });
 }
 
-void ImageFiles::setUnreadInputs() const {
+void ImageFiles::setUnreadInputs() {
+  bool isFirst = true;
   for (const File& file : _files) {
     if (!file.attribute->isInput()) continue;
     const auto info = nameFailure(*file.attribute, [&] { return image::io::readImageInfo(file.path); });
     file.attribute->setImage(image::Image::create(info.geometry, info.type));
+    if (std::exchange(isFirst, false)) _calibration = info.calibration;
   }
 }
 
@@ -116,7 +118,7 @@ void ImageFiles::writeOutputs() const {
     if (!file.attribute->isOutput()) continue;
     const image::Image& image =
         image::hostImage(file.attribute->getImage(), file.attribute->getName().c_str());
-    nameFailure(*file.attribute, [&] { image::io::writeImage(image, file.path); });
+    nameFailure(*file.attribute, [&] { image::io::writeImage(image, file.path, _calibration); });
   }
 }
 

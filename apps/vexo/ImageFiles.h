@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VEXOImageIO/ImageIO.h"
 #include "VEXOProcessing/Processor.h"
 
 namespace vexo::app {
@@ -18,13 +19,14 @@ public:
   bool haveOutput() const;
 
   /// Gives the inputs images of the right geometry and type whose samples nobody has read.
-  void setUnreadInputs() const;
+  void setUnreadInputs();
   /// Creates the outputs that are to have a certain type, or that the run would not create itself.
   void createOutputs(const processor::BaseProcessor& processor) const;
   /// Throws when an output cannot be written under its name.
   void checkOutputs(const processor::BaseProcessor& processor) const;
 
   void readInputs() const;
+  /// The outputs get the calibration of the first input.
   void writeOutputs() const;
 
 private:
@@ -34,6 +36,7 @@ private:
     std::optional<image::eImageBufferType> type;
   };
   std::vector<File> _files;
+  image::io::Calibration _calibration;  ///< of the first input
 };
 
 }  // namespace vexo::app

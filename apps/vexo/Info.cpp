@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -6,6 +7,7 @@
 #include <type_traits>
 
 #include "Commands.h"
+#include "Settings.h"
 #include "VEXOCore/DataItem.h"
 #include "VEXOImageIO/ImageIO.h"
 #include "Words.h"
@@ -55,6 +57,34 @@ Json toJson(double value) {
   return value;
 }
 
+/// What the file tells of physical sizes, in the order of printing.
+Json toJson(const image::io::Calibration& calibration) {
+  Json json = Json::object();
+  const auto add = [&json](const char* key, double value) {
+    if (value > 0) json[key] = toJson(value);
+  };
+  add("pixelWidth", calibration.pixelWidth);
+  add("pixelHeight", calibration.pixelHeight);
+  add("spacing", calibration.spacing);
+  if (!json.empty() && !calibration.unit.empty()) json["unit"] = calibration.unit;
+  add("frameInterval", calibration.frameInterval);
+  return json;
+}
+
+void printPlain(Json calibration) {
+  std::string unit = calibration.value("unit", "");
+  std::replace_if(
+      unit.begin(), unit.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
+  if (!unit.empty()) unit.insert(0, 1, ' ');
+  const auto print = [&](const char* label, const Json& value, const std::string& of) {
+    std::cout << label << value.dump() << of << '\n';
+  };
+  if (calibration.contains("pixelWidth"))
+    print("pixel     ", calibration["pixelWidth"], " x " + calibration["pixelHeight"].dump() + unit);
+  if (calibration.contains("spacing")) print("spacing   ", calibration["spacing"], unit);
+  if (calibration.contains("frameInterval")) print("interval  ", calibration["frameInterval"], " s");
+}
+
 }  // namespace
 
 void infoCommand(const WordList& words) {
@@ -63,9 +93,14 @@ void infoCommand(const WordList& words) {
   bool json = false;
   app.add_option("IMAGE", path, "TIFF or PNG file")->required();
   app.add_flag("--json", json, "Print JSON");
+  std::optional<std::string> maxImageBytes;
+  addMaxImageBytes(app, maxImageBytes);
   if (!parseWords(app, words)) return;
+  setMaxImageBytes(maxImageBytes);
 
-  const auto image = image::io::readImage(path);
+  image::io::ImageInfo header;
+  const auto image = image::io::readImage(path, &header);
+  const Json calibration = toJson(header.calibration);
   const Statistics statistics = image::visitBufferType(
       image->getBufferType(), [&](auto sample) { return measure<decltype(sample)>(*image); });
   const image::ImageGeometry& g = image->getGeometry();
@@ -73,9 +108,10 @@ void infoCommand(const WordList& words) {
   const Json minimum = toJson(statistics.minimum), maximum = toJson(statistics.maximum),
              mean = toJson(statistics.mean);
   if (json) {
-    const Json info = {{"x", g.x},     {"y", g.y},           {"z", g.z},           {"c", g.c},    {"t", g.t},
-                       {"type", type}, {"minimum", minimum}, {"maximum", maximum}, {"mean", mean}};
-    std::cout << info.dump(2) << '\n';
+    Json info = {{"x", g.x},     {"y", g.y},           {"z", g.z},           {"c", g.c},    {"t", g.t},
+                 {"type", type}, {"minimum", minimum}, {"maximum", maximum}, {"mean", mean}};
+    info.update(calibration);
+    std::cout << info.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
     return;
   }
   const auto plain = [](const Json& value) {
@@ -86,6 +122,7 @@ void infoCommand(const WordList& words) {
             << "minimum   " << plain(minimum) << '\n'
             << "maximum   " << plain(maximum) << '\n'
             << "mean      " << plain(mean) << '\n';
+  printPlain(calibration);
 }
 
 }  // namespace vexo::app

@@ -147,7 +147,7 @@ void printResults(const BaseProcessor& processor, const Settings& settings) {
 }
 
 void execute(const boost::shared_ptr<BaseProcessor>& processor, const Settings& settings,
-             const ImageFiles& images) {
+             ImageFiles& images) {
   if (!settings.isDryRun()) checkHasUse(*processor, images);
   settings.forceInstructionSet();
   images.setUnreadInputs();

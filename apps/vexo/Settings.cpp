@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <memory>
 
 #include "Processors.h"
@@ -13,6 +14,7 @@
 #include "VEXOCore/InstructionSet.h"
 #include "VEXOCore/Log.h"
 #include "VEXOCore/Quote.h"
+#include "VEXOImageIO/ImageIO.h"
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 #include "Words.h"
 
@@ -52,18 +54,50 @@ const core::NamedInstructionSets& findInstructionSet(const std::string& name) {
   refuseWord("instruction set", name, names);
 }
 
+void addValue(CLI::App& app, const char* name, std::optional<std::string>& value, const char* type,
+              const char* toolTip) {
+  app.add_option_function<std::string>(
+         name, [&value](const std::string& word) { value = word; }, toolTip)
+      ->type_name(type);
+}
+
+/// A number of bytes, "512", or of powers of 1024: "16G"; 0 when it is none.
+std::uint64_t parseBytes(std::string text) {
+  const std::string suffixes = "KMGT";
+  const std::size_t power = text.empty() ? std::string::npos : suffixes.find(text.back());
+  if (power != std::string::npos) text.pop_back();
+  std::uint64_t bytes = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, bytes);
+  if (result.ec != std::errc() || result.ptr != end) return 0;
+  const std::uint64_t factor = power == std::string::npos ? 1 : std::uint64_t(1) << 10 * (power + 1);
+  return __builtin_mul_overflow(bytes, factor, &bytes) ? 0 : bytes;
+}
+
 }  // namespace
 
+void addMaxImageBytes(CLI::App& app, std::optional<std::string>& word) {
+  addValue(
+      app, "--max-image-bytes", word, "N",
+      "Bytes that the samples of an image file may take, with suffix K, M, G or T; by default as many as "
+      "this machine has memory");
+}
+
+void setMaxImageBytes(const std::optional<std::string>& word) {
+  if (!word) return;
+  const std::uint64_t bytes = parseBytes(*word);
+  if (bytes == 0)
+    throw UsageError("--max-image-bytes: '" + *word +
+                     "' is not a number of bytes, from 1, such as 512M or 16G");
+  image::io::setMaxImageBytes(bytes);
+}
+
 void Settings::addOptions(CLI::App& app) {
-  const auto addValue = [&](const char* name, std::optional<std::string>& value, const char* type,
-                            const char* toolTip) {
-    app.add_option_function<std::string>(
-           name, [&value](const std::string& word) { value = word; }, toolTip)
-        ->type_name(type);
-  };
-  addValue("--threads", _threads, "N", "Threads to use; by default those that the machine grants");
-  addValue("--instruction-set", _instructionSet, "SET", "standard, sse2, avx, avx2, fma3_avx2 or avx512");
-  addValue("--log-level", _logLevel, "LEVEL", "OFF (default), FATAL, ERROR, WARN, INFO, DEBUG or TRACE");
+  addValue(app, "--threads", _threads, "N", "Threads to use; by default those that the machine grants");
+  addValue(app, "--instruction-set", _instructionSet, "SET",
+           "standard, sse2, avx, avx2, fma3_avx2 or avx512");
+  addValue(app, "--log-level", _logLevel, "LEVEL", "OFF (default), FATAL, ERROR, WARN, INFO, DEBUG or TRACE");
+  addMaxImageBytes(app, _maxImageBytes);
   app.add_flag("--quiet", _quiet, "No progress bar");
   app.add_flag("--dry-run", _dryRun,
                "Check the call and print geometry and type of the outputs, nothing more");
@@ -76,6 +110,7 @@ void Settings::addOptions(CLI::App& app) {
 void Settings::check() const {
   setLogLevel(_logLevel.value_or("OFF"));
   if (_threads) setThreadCount(*_threads);
+  setMaxImageBytes(_maxImageBytes);
   if (_instructionSet) findInstructionSet(*_instructionSet);
 }
 

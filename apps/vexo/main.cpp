@@ -26,7 +26,7 @@ constexpr char help[] =
     "  vexo list [WORD]                 processors by name, with their tool tips\n"
     "  vexo describe PROCESSOR          attributes of a processor: name, kind, type, tool tip\n"
     "  vexo run PROCESSOR [--ATTRIBUTE VALUE]... [options]\n"
-    "  vexo info IMAGE                  geometry, sample type, minimum, maximum, mean\n"
+    "  vexo info IMAGE                  geometry, sample type, minimum, maximum, mean, pixel size\n"
     "  vexo COMMAND --help              more about a command\n"
     "  vexo run PROCESSOR --help        the attributes as options\n"
     "  vexo --version | --help\n"

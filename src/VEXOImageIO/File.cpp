@@ -19,6 +19,14 @@ std::string describeErrno(int number) {
   return std::generic_category().message(number);
 }
 
+std::string clip(const std::string& text) {
+  constexpr std::size_t longest = 60;
+  std::string clipped = text.substr(0, longest);
+  std::replace_if(
+      clipped.begin(), clipped.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
+  return text.size() > longest ? clipped + "..." : clipped;
+}
+
 std::uint64_t File::getSize() const noexcept {
   struct stat status;
   return fstat(_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
@@ -60,6 +68,16 @@ bool File::write(const void* from, std::size_t size) noexcept {
 
 std::int64_t File::seek(std::int64_t offset, int whence) noexcept {
   return lseek(_descriptor, offset, whence);
+}
+
+bool File::sync() noexcept {
+  int result;
+  do result = ::fsync(_descriptor);
+  while (result != 0 && errno == EINTR);
+  // Some file systems have nothing to wait for.
+  if (result == 0 || errno == EINVAL || errno == ENOSYS || errno == EROFS) return true;
+  keepErrno();
+  return false;
 }
 
 bool File::close() noexcept {

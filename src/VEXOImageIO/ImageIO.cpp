@@ -17,9 +17,9 @@ namespace {
 
 struct Format {
   ImageInfo (*readInfo)(File&);
-  boost::shared_ptr<Image> (*read)(File&);
+  boost::shared_ptr<Image> (*read)(File&, ImageInfo&);
   BoolResult (*canWrite)(const ImageGeometry&, eImageBufferType);
-  void (*write)(File&, const Image&);
+  void (*write)(File&, const Image&, const Calibration&);
 };
 constexpr Format tiff{readTiffInfo, readTiff, canWriteTiff, writeTiff};
 constexpr Format png{readPngInfo, readPng, canWritePng, writePng};
@@ -29,7 +29,7 @@ File openForReading(const std::string& path) {
   // Not to wait for the other end should this be a pipe: it is refused anyway.
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) raiseError(VEXO_HERE, moduleName, prefix, ": ", describeErrno(errno));
-  return File(prefix, descriptor);
+  return File(prefix, descriptor, std::filesystem::path(path).filename().string());
 }
 
 /// Tells the format of a file from its first bytes and leaves it at its start.
@@ -76,9 +76,10 @@ ImageInfo readImageInfo(const std::string& path) {
   return detectFormat(file).readInfo(file);
 }
 
-boost::shared_ptr<Image> readImage(const std::string& path) {
+boost::shared_ptr<Image> readImage(const std::string& path, ImageInfo* info) {
   File file = openForReading(path);
-  return detectFormat(file).read(file);
+  ImageInfo unasked;
+  return detectFormat(file).read(file, info ? *info : unasked);
 }
 
 void checkWritable(const std::string& path, const ImageGeometry& geometry, eImageBufferType type) {
@@ -86,10 +87,10 @@ void checkWritable(const std::string& path, const ImageGeometry& geometry, eImag
   chooseFormat(target, geometry, type);
 }
 
-void writeImage(const Image& image, const std::string& path) {
+void writeImage(const Image& image, const std::string& path, const Calibration& calibration) {
   Target target(path);
   const Format& format = chooseFormat(target, image.getGeometry(), image.getBufferType());
-  format.write(target.begin(), image);
+  format.write(target.begin(), image, calibration);
   target.commit();
 }
 

@@ -1,8 +1,11 @@
 #include <png.h>
 
+#include <cmath>
 #include <cstdio>
+#include <limits>
 
 #include "VEXOCore/Buffer.h"
+#include "VEXOImageIO/Calibration.h"
 #include "VEXOImageIO/Format.h"
 
 namespace vexo::image::io {
@@ -84,21 +87,33 @@ PngHandle::PngHandle(File& file, bool writing)
 struct PngLayout {
   std::size_t width = 0, height = 0, channels = 0, bits = 0, rowBytes = 0, storedRowBytes = 0;
   int passes = 1;
+  std::uint32_t pixelsPerMetreX = 0, pixelsPerMetreY = 0;
 };
 
-PngLayout readLayout(PngHandle& handle) {
+/// Throws, before libpng asks for memory, when the file cannot hold what its header states.
+PngLayout readLayout(const File& file, PngHandle& handle) {
   PngLayout layout;
   handle.attempt([&handle, &layout] {
     png_structp png = handle.png();
     png_infop info = handle.info();
     png_read_info(png, info);
+    layout.width = png_get_image_width(png, info);
+    layout.height = png_get_image_height(png, info);
     layout.storedRowBytes = png_get_rowbytes(png, info);
+    layout.pixelsPerMetreX = png_get_x_pixels_per_meter(png, info);
+    layout.pixelsPerMetreY = png_get_y_pixels_per_meter(png, info);
+  });
+  if (layout.storedRowBytes > std::numeric_limits<std::size_t>::max() / layout.height ||
+      layout.height * layout.storedRowBytes / largestExpansion > file.getSize())
+    raiseFileError(VEXO_HERE, file, "its ", file.getSize(), " bytes cannot hold an image of ", layout.width,
+                   " x ", layout.height);
+  handle.attempt([&handle, &layout] {
+    png_structp png = handle.png();
+    png_infop info = handle.info();
     png_set_expand(png);
     if (png_get_bit_depth(png, info) == 16) png_set_swap(png);  // samples are stored with the high byte first
     layout.passes = png_set_interlace_handling(png);
     png_read_update_info(png, info);
-    layout.width = png_get_image_width(png, info);
-    layout.height = png_get_image_height(png, info);
     layout.channels = png_get_channels(png, info);
     layout.bits = png_get_bit_depth(png, info);
     layout.rowBytes = png_get_rowbytes(png, info);
@@ -106,12 +121,37 @@ PngLayout readLayout(PngHandle& handle) {
   return layout;
 }
 
-ImageInfo toInfo(const PngLayout& layout) {
+/// Sizes that programs state for a screen, 72 and 96 dpi, say nothing about the image.
+bool isOfScreen(std::uint32_t pixelsPerMetre) {
+  return pixelsPerMetre == 2834 || pixelsPerMetre == 2835 || pixelsPerMetre == 3779 || pixelsPerMetre == 3780;
+}
+
+Calibration toCalibration(const PngLayout& layout) {
+  const std::uint32_t across = layout.pixelsPerMetreX, down = layout.pixelsPerMetreY;
+  Calibration calibration;
+  if (across == 0 || down == 0 || (across == down && isOfScreen(across))) return calibration;
+  calibration.pixelWidth = toPixelSize(static_cast<float>(across * 1e-6));
+  calibration.pixelHeight = toPixelSize(static_cast<float>(down * 1e-6));
+  calibration.unit = "\u00B5m";
+  return calibration;
+}
+
+/// 0 when the format cannot hold the number.
+png_uint_32 toPixelsPerMetre(double pixelSize, const std::string& unit) {
+  const double pixels = 1 / (pixelSize * getMetres(unit));
+  return isKnown(pixels) && pixels >= 1000 && pixels < 0x7fffffff
+             ? static_cast<png_uint_32>(std::lround(pixels))
+             : 0;
+}
+
+ImageInfo toInfo(const File& file, const PngLayout& layout) {
   ImageInfo info;
   info.geometry.x = layout.width;
   info.geometry.y = layout.height;
   info.geometry.c = layout.channels;
   info.type = layout.bits == 16 ? eImageBufferType::UInt16 : eImageBufferType::UInt8;
+  info.calibration = toCalibration(layout);
+  checkImageBytes(file, info.geometry, info.type);
   return info;
 }
 
@@ -132,16 +172,13 @@ void readRows(PngHandle& handle, const PngLayout& layout, unsigned char* rows, I
 
 ImageInfo readPngInfo(File& file) {
   PngHandle handle(file, false);
-  return toInfo(readLayout(handle));
+  return toInfo(file, readLayout(file, handle));
 }
 
-boost::shared_ptr<Image> readPng(File& file) {
+boost::shared_ptr<Image> readPng(File& file, ImageInfo& info) {
   PngHandle handle(file, false);
-  const PngLayout layout = readLayout(handle);
-  if (layout.height > file.getSize() * largestExpansion / layout.storedRowBytes)
-    raiseFileError(VEXO_HERE, file, "its ", file.getSize(), " bytes cannot hold an image of ", layout.width,
-                   " x ", layout.height);
-  const ImageInfo info = toInfo(layout);
+  const PngLayout layout = readLayout(file, handle);
+  info = toInfo(file, layout);
   const auto image = allocateFor(file, [&] { return Image::create(info.geometry, info.type); });
   const std::size_t keptRows = layout.passes > 1 ? layout.height : 1;
   const auto rows = allocateFor(file, [&] { return allocateBlock(keptRows * layout.rowBytes); });
@@ -162,7 +199,7 @@ BoolResult canWritePng(const ImageGeometry& g, eImageBufferType type) {
   return true;
 }
 
-void writePng(File& file, const Image& image) {
+void writePng(File& file, const Image& image, const Calibration& calibration) {
   constexpr int colourTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
                                  PNG_COLOR_TYPE_RGB_ALPHA};
   const std::size_t sampleSize = getSampleSize(image.getBufferType());
@@ -170,8 +207,10 @@ void writePng(File& file, const Image& image) {
   const auto block =
       allocateFor(file, [&] { return allocateBlock(image.getSizeX() * image.getSizeC() * sampleSize); });
   auto* row = static_cast<unsigned char*>(block.get());
+  const png_uint_32 across = toPixelsPerMetre(calibration.pixelWidth, calibration.unit),
+                    down = toPixelsPerMetre(calibration.pixelHeight, calibration.unit);
   PngHandle handle(file, true);
-  handle.attempt([&handle, &image, sampleSize, colourType, row] {
+  handle.attempt([&handle, &image, sampleSize, colourType, row, across, down] {
     png_structp png = handle.png();
     // Compressing harder costs several times the time and saves little on images with noise.
     png_set_compression_level(png, 3);
@@ -180,6 +219,7 @@ void writePng(File& file, const Image& image) {
     png_set_IHDR(png, handle.info(), static_cast<png_uint_32>(image.getSizeX()),
                  static_cast<png_uint_32>(image.getSizeY()), static_cast<int>(8 * sampleSize), colourType,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+    if (across && down) png_set_pHYs(png, handle.info(), across, down, PNG_RESOLUTION_METER);
     png_write_info(png, handle.info());
     if (sampleSize == 2) png_set_swap(png);
     for (std::size_t y = 0; y < image.getSizeY(); ++y) {

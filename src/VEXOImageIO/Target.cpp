@@ -1,16 +1,72 @@
 #include "VEXOImageIO/Target.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <mutex>
+#include <set>
 #include <vector>
 
 namespace vexo::image::io {
 namespace fs = std::filesystem;
+namespace {
+
+constexpr char asidePrefix[] = ".vexo-", asideSuffix[] = ".part";
+
+/// A name that no other file of this process has.
+fs::path makeAsideName(const fs::path& folder) {
+  static std::atomic<unsigned> counter{0};
+  return folder / (asidePrefix + std::to_string(::getpid()) + '-' + std::to_string(counter++) + asideSuffix);
+}
+
+/// The process that a temporary file belongs to by its name; 0 when it is none.
+pid_t parseOwner(const std::string& name) {
+  const std::size_t prefix = sizeof(asidePrefix) - 1, suffix = sizeof(asideSuffix) - 1;
+  if (name.size() < prefix + suffix || name.compare(0, prefix, asidePrefix) != 0 ||
+      name.compare(name.size() - suffix, suffix, asideSuffix) != 0)
+    return 0;
+  pid_t owner = 0;
+  const auto result = std::from_chars(name.data() + prefix, name.data() + name.size(), owner);
+  return result.ec == std::errc() && *result.ptr == '-' && owner > 0 ? owner : 0;
+}
+
+/// Removes what processes that are gone have left in the folder. Those of other machines and containers,
+/// whose numbers say nothing here, hold a lock.
+void removeStaleFiles(const fs::path& folder) {
+  DIR* entries = ::opendir(folder.c_str());
+  if (!entries) return;
+  const int folderDescriptor = ::dirfd(entries);
+  while (const dirent* entry = ::readdir(entries)) {
+    const pid_t owner = parseOwner(entry->d_name);
+    if (owner == 0 || ::kill(owner, 0) == 0 || errno != ESRCH) continue;
+    const int file =
+        ::openat(folderDescriptor, entry->d_name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (file < 0) continue;
+    if (::flock(file, LOCK_EX | LOCK_NB) == 0) ::unlinkat(folderDescriptor, entry->d_name, 0);
+    ::close(file);
+  }
+  ::closedir(entries);
+}
+
+/// Once per process and folder, so that writing many files into a large folder takes no longer.
+void removeStaleFilesOnce(const fs::path& folder) {
+  static std::mutex mutex;
+  static std::set<fs::path> known;
+  std::error_code error;
+  const fs::path full = fs::absolute(folder, error);
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (known.insert(full).second) removeStaleFiles(folder);
+}
+
+}  // namespace
 
 Target::Target(std::string path) : _path(std::move(path)), _errorPrefix("cannot write '" + _path + "'") {}
 
@@ -47,11 +103,25 @@ fs::path Target::getFolder() const {
   return folder.empty() ? fs::path(".") : folder;
 }
 
+fs::path Target::getAsideFolder() const {
+  if (!_isDevice) return getFolder();
+  std::error_code error;
+  const fs::path folder = fs::temp_directory_path(error);
+  if (error) fail(VEXO_HERE, "no folder for temporary files: ", error.message());
+  return folder;
+}
+
 File& Target::begin() {
-  const int descriptor = createAside();
+  const fs::path folder = getAsideFolder();
+  removeStaleFilesOnce(folder);
+  // A file without a name goes away with the process, whatever ends it. It gets its name through /proc.
+  int descriptor = -1;
+  if (::access("/proc/self/fd", X_OK) == 0)
+    descriptor = ::open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
+  if (descriptor < 0) descriptor = createNamed(folder);
   _file = std::make_unique<File>(_errorPrefix, descriptor);
-  if (_isDevice) {
-    // Only the descriptor is needed, so that even a signal leaves no file behind.
+  ::flock(descriptor, LOCK_EX | LOCK_NB);
+  if (_isDevice && !_aside.empty()) {
     ::unlink(_aside.c_str());
     _aside.clear();
   }
@@ -59,15 +129,10 @@ File& Target::begin() {
   return *_file;
 }
 
-/// Creates the file under a new name. Created this way rather than by mkstemp it gets the usual permissions.
-int Target::createAside() {
-  static std::atomic<unsigned> counter{0};
-  std::error_code error;
-  const fs::path folder = _isDevice ? fs::temp_directory_path(error) : getFolder();
-  if (error) fail(VEXO_HERE, "no folder for temporary files: ", error.message());
+/// Created this way rather than by mkstemp it gets the usual permissions.
+int Target::createNamed(const fs::path& folder) {
   for (;;) {
-    const fs::path name =
-        folder / (".vexo-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".part");
+    const fs::path name = makeAsideName(folder);
     const int descriptor = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor >= 0) {
       _aside = name;
@@ -89,11 +154,32 @@ void Target::keepPermissions() {
 }
 
 void Target::commit() {
-  if (_isDevice) copyToDevice();
+  if (_isDevice) {
+    copyToDevice();
+  } else {
+    // Before the name: else a power cut may leave the name of a file whose samples never reached the disk.
+    if (!_file->sync()) fail(VEXO_HERE, _file->getFailure());
+    const bool isPlaced = _aside.empty() && giveName();
+    if (!isPlaced && ::rename(_aside.c_str(), _resolved.c_str()) != 0) fail(VEXO_HERE, describeErrno(errno));
+    _aside.clear();
+  }
   if (!_file->close()) fail(VEXO_HERE, _file->getFailure());
-  if (_isDevice) return;
-  if (::rename(_aside.c_str(), _resolved.c_str()) != 0) fail(VEXO_HERE, describeErrno(errno));
-  _aside.clear();
+}
+
+/// Gives the file its name; false when there is a file of that name, then it gets the name of one aside.
+bool Target::giveName() {
+  const std::string file = "/proc/self/fd/" + std::to_string(_file->getDescriptor());
+  const auto link = [&file](const fs::path& name) {
+    return ::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+  };
+  if (!_isReplaced && link(_resolved)) return true;
+  for (fs::path name = makeAsideName(getFolder());; name = makeAsideName(getFolder())) {
+    if (link(name)) {
+      _aside = name;
+      return false;
+    }
+    if (errno != EEXIST) fail(VEXO_HERE, "temporary file ", name, ": ", describeErrno(errno));
+  }
 }
 
 void Target::copyToDevice() {

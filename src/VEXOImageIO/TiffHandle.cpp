@@ -1,5 +1,6 @@
 #include "VEXOImageIO/TiffHandle.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
@@ -13,8 +14,8 @@ File& fileOf(thandle_t handle) {
 tmsize_t readBytes(thandle_t handle, void* to, tmsize_t size) {
   return static_cast<tmsize_t>(fileOf(handle).read(to, static_cast<std::size_t>(size)));
 }
-tmsize_t writeBytes(thandle_t handle, void* from, tmsize_t size) {
-  return fileOf(handle).write(from, static_cast<std::size_t>(size)) ? size : -1;
+tmsize_t writeNothing(thandle_t, void*, tmsize_t) {
+  return -1;
 }
 toff_t seekTo(thandle_t handle, toff_t offset, int whence) {
   return static_cast<toff_t>(fileOf(handle).seek(static_cast<std::int64_t>(offset), whence));
@@ -31,10 +32,14 @@ toff_t sizeOf(thandle_t handle) {
 
 TiffHandle::TiffHandle(File& file, const char* mode) : _file(file) {
   if (TIFFOpenOptions* options = TIFFOpenOptionsAlloc()) {
+    // libtiff believes numbers of a directory before this module can ask what the file makes plausible.
+    constexpr std::uint64_t floor = std::uint64_t(16) << 20, most = std::uint64_t(1) << 62;
+    const std::uint64_t bytes = floor + 64 * std::min(file.getSize(), most / 128);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(bytes));
     TIFFOpenOptionsSetErrorHandlerExtR(options, keepError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, keepWarning, this);
-    _tiff = TIFFClientOpenExt("TIFF", mode, &file, readBytes, writeBytes, seekTo, leaveOpen, sizeOf, nullptr,
-                              nullptr, options);
+    _tiff = TIFFClientOpenExt("TIFF", mode, &file, readBytes, writeNothing, seekTo, leaveOpen, sizeOf,
+                              nullptr, nullptr, options);
     TIFFOpenOptionsFree(options);
   }
   if (!_tiff) raiseFileError(VEXO_HERE, file, getCause());

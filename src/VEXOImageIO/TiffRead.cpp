@@ -1,15 +1,20 @@
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <limits>
 #include <vector>
 
 #include "VEXOCore/Buffer.h"
 #include "VEXOImageIO/Format.h"
+#include "VEXOImageIO/PlaneOrder.h"
 #include "VEXOImageIO/TiffHandle.h"
+#include "VEXOImageIO/TiffSamples.h"
 
 namespace vexo::image::io {
 namespace {
+
+constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+/// A file of a few bytes may stand for so many all the same: constant tiles cost next to nothing.
+constexpr std::uint64_t freeBytes = std::uint64_t(4) << 20;
 
 /// How the current page stores its samples: in strips or tiles ("blocks") of `channels` interleaved channels,
 /// one series of blocks per plane.
@@ -21,6 +26,7 @@ struct Page {
 
   std::uint64_t getBlocksAcross() const { return (std::uint64_t(width) + blockWidth - 1) / blockWidth; }
   std::uint64_t getBlocksDown() const { return (std::uint64_t(height) + blockHeight - 1) / blockHeight; }
+  std::uint64_t getRowBytes() const { return std::uint64_t(blockWidth) * channels * getSampleSize(type); }
 };
 
 struct Block {
@@ -41,87 +47,28 @@ void forEachBlock(const Page& page, const Function& function) {
       }
 }
 
-/// Bytes that one stored byte can stand for, at most; 0 when there is no useful bound.
-std::uint64_t getLargestExpansion(std::uint16_t compression) {
-  switch (compression) {
-    case COMPRESSION_NONE:
-      return 1;
-    case COMPRESSION_PACKBITS:
-      return 64;
-    case COMPRESSION_LZW:
-      return 4096;
-    case COMPRESSION_DEFLATE:
-    case COMPRESSION_ADOBE_DEFLATE:
-      return 1040;
-    default:
-      return 0;
-  }
+void swapBytes(void* samples, std::size_t bytes, std::size_t sampleSize) {
+  if (sampleSize == 2)
+    TIFFSwabArrayOfShort(static_cast<std::uint16_t*>(samples), static_cast<tmsize_t>(bytes / 2));
+  if (sampleSize == 4)
+    TIFFSwabArrayOfLong(static_cast<std::uint32_t*>(samples), static_cast<tmsize_t>(bytes / 4));
 }
 
-/// False when there is no image type for such samples.
-bool findType(std::uint16_t bits, std::uint16_t format, eImageBufferType& type) {
-  const bool isSigned = format == SAMPLEFORMAT_INT;
-  if (format == SAMPLEFORMAT_IEEEFP && bits == 32)
-    type = eImageBufferType::Real32;
-  else if (!isSigned && format != SAMPLEFORMAT_UINT && format != SAMPLEFORMAT_VOID)
-    return false;
-  else if (bits == 8)
-    type = isSigned ? eImageBufferType::Int8 : eImageBufferType::UInt8;
-  else if (bits == 16)
-    type = isSigned ? eImageBufferType::Int16 : eImageBufferType::UInt16;
-  else if (bits == 32)
-    type = isSigned ? eImageBufferType::Int32 : eImageBufferType::UInt32;
-  else
-    return false;
-  return true;
+std::uint64_t multiply(std::uint64_t a, std::uint64_t b) {
+  std::uint64_t product;
+  return __builtin_mul_overflow(a, b, &product) ? most : product;
 }
 
-const char* describeFormat(std::uint16_t format) {
-  switch (format) {
-    case SAMPLEFORMAT_INT:
-      return "signed integer";
-    case SAMPLEFORMAT_IEEEFP:
-      return "floating point";
-    case SAMPLEFORMAT_COMPLEXINT:
-    case SAMPLEFORMAT_COMPLEXIEEEFP:
-      return "complex";
-    default:
-      return "unsigned integer";
-  }
-}
-
-/// Why samples of this photometric interpretation cannot be taken as they are stored; null when they can.
-const char* findObstacle(std::uint16_t photometric, std::uint16_t compression) {
-  switch (photometric) {
-    case PHOTOMETRIC_PALETTE:
-      // Indices of a colour map are no intensities, and whether the map is mere decoration only the user
-      // knows.
-      return "palette colour is not supported";
-    case PHOTOMETRIC_YCBCR:
-      return compression == COMPRESSION_JPEG ? nullptr : "YCbCr colour is supported in JPEG compression only";
-    case PHOTOMETRIC_CFA:
-      return "colour filter arrays are not supported";
-    case PHOTOMETRIC_LOGL:
-    case PHOTOMETRIC_LOGLUV:
-      return "logarithmic samples are not supported";
-    default:
-      return nullptr;
-  }
-}
-
-/// The number of a line "key=number"; 0 when there is none, the largest number when it is larger than that.
-std::uint64_t readNumber(const std::string& text, const std::string& key) {
-  const std::size_t at = text.find("\n" + key + "=");
-  if (at == std::string::npos) return 0;
-  const char* first = text.data() + at + key.size() + 2;
-  std::uint64_t number = 0;
-  const auto result = std::from_chars(first, text.data() + text.size(), number);
-  return result.ec == std::errc::result_out_of_range ? std::numeric_limits<std::uint64_t>::max() : number;
+std::uint64_t add(std::uint64_t a, std::uint64_t b) {
+  std::uint64_t sum;
+  return __builtin_add_overflow(a, b, &sum) ? most : sum;
 }
 
 class TiffReader {
 public:
-  explicit TiffReader(File& file) : _file(file), _tiff(file, "r") { scan(); }
+  // No chopping: strips are read as they are stored. The places of the strips are not read before their
+  // number is known to be plausible.
+  explicit TiffReader(File& file) : _file(file), _tiff(file, "rcO") { scan(); }
 
   const ImageInfo& getInfo() const { return _info; }
   boost::shared_ptr<Image> read();
@@ -132,8 +79,15 @@ private:
   void checkSame(const Page& page, std::size_t index) const;
   void readLayout(Page& page);
   void checkBlocks(const Page& page);
+  void checkBlock(const Page& page, const Block& block);
+  void checkExpansion() const;
+  void readCalibration();
   void dividePages();
+  void divideByLabel(ImageJLabel& label);
+  /// The number of images that lie one after the other behind the only directory, of those stated.
+  std::size_t findFollowing(std::uint64_t stated);
   void loadPage(const Page& page, Image& image, std::size_t index);
+  void loadFollowing(Image& image);
 
   template <class T>
   T getField(std::uint32_t tag, T otherwise) {
@@ -146,23 +100,40 @@ private:
   ImageInfo _info;
   Page _first;
   std::string _description;
-  std::vector<std::uint64_t>
-      _pages;  ///< offsets: finding a page by its number would walk through all before it
+  const std::uint64_t _fileSize = _file.getSize();
+  /// Offsets: finding a page by its number would walk through all before it.
+  std::vector<std::uint64_t> _pages;
+  std::vector<std::size_t> _directories;  ///< the numbers of the pages among all directories
+  std::size_t _directory = 0;             ///< the number of the current one while they are scanned
+  PlaneOrder _order;
+  std::size_t _following = 1;      ///< images of a file with one directory
+  std::uint64_t _firstOffset = 0;  ///< of the first strip
+  bool _isDense = true;            ///< the first page is one piece of uncompressed samples
+  std::uint64_t _storedBytes = 0;  ///< of all blocks of all pages
+  std::uint64_t _loose = 0, _loosePlausible = freeBytes;  ///< bytes of blocks that have no bound of their own
 };
 
 void TiffReader::scan() {
   TIFF* tiff = _tiff.get();
   if (const char* text = getField<const char*>(TIFFTAG_IMAGEDESCRIPTION, nullptr)) _description = text;
-  for (;;) {
-    const Page page = readPage();
-    if (_pages.empty()) _first = page;
-    checkSame(page, _pages.size());
-    checkBlocks(page);
-    _pages.push_back(TIFFCurrentDirOffset(tiff));
+  readCalibration();
+  for (;; ++_directory) {
+    _tiff.check(true);
+    if ((getField<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & FILETYPE_REDUCEDIMAGE) == 0) {
+      const Page page = readPage();
+      if (_pages.empty()) _first = page;
+      checkSame(page, _directory);
+      checkBlocks(page);
+      _pages.push_back(TIFFCurrentDirOffset(tiff));
+      _directories.push_back(_directory);
+      checkImageBytes(_file, {page.width, page.height, _pages.size(), page.samples}, page.type);
+    }
     if (TIFFLastDirectory(tiff)) break;
     _tiff.check(TIFFReadDirectory(tiff) == 1);
   }
   _tiff.check(true);
+  if (_pages.empty()) raiseFileError(VEXO_HERE, _file, "it holds nothing but images of reduced resolution");
+  checkExpansion();
   dividePages();
 }
 
@@ -172,11 +143,11 @@ void TiffReader::checkSame(const Page& page, std::size_t index) const {
     return;
   raiseFileError(VEXO_HERE, _file, "page ", index + 1, " (", page.width, " x ", page.height, " x ",
                  page.samples, " of ", toString(page.type), ") differs from the first (", _first.width, " x ",
-                 _first.height, " x ", _first.samples, " of ", toString(_first.type), ")");
+                 _first.height, " x ", _first.samples, " of ", toString(_first.type),
+                 "): save them as files of their own");
 }
 
 Page TiffReader::readPage() {
-  _tiff.check(true);
   Page page;
   page.width = getField(TIFFTAG_IMAGEWIDTH, page.width);
   page.height = getField(TIFFTAG_IMAGELENGTH, page.height);
@@ -187,10 +158,18 @@ Page TiffReader::readPage() {
   const auto photometric = getField<std::uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
   if (page.width == 0 || page.height == 0 || page.samples == 0)
     raiseFileError(VEXO_HERE, _file, "the TIFF file states no image size");
-  if (!findType(bits, format, page.type))
-    raiseFileError(VEXO_HERE, _file, bits, "-bit ", describeFormat(format), " samples are not supported");
-  if (const char* obstacle = findObstacle(photometric, page.compression))
+  if (const std::string obstacle = findType(bits, format, page.type); !obstacle.empty())
     raiseFileError(VEXO_HERE, _file, obstacle);
+  // Behind the label a palette is how the samples are shown, they are intensities all the same.
+  const bool isShown = photometric == PHOTOMETRIC_PALETTE && readImageJLabel(_description);
+  if (const std::string obstacle =
+          findObstacle(isShown ? PHOTOMETRIC_MINISBLACK : photometric, page.compression);
+      !obstacle.empty())
+    raiseFileError(VEXO_HERE, _file, obstacle);
+  for (const std::uint32_t tag : {TIFFTAG_IMAGEDEPTH, TIFFTAG_TILEDEPTH})
+    if (const auto depth = getField<std::uint32_t>(tag, 1); depth > 1)
+      raiseFileError(VEXO_HERE, _file, tag == TIFFTAG_IMAGEDEPTH ? "ImageDepth " : "TileDepth ", depth,
+                     " is not supported: save each slice as a page of its own");
   if (photometric == PHOTOMETRIC_YCBCR) TIFFSetField(_tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   // With its other decoder libtiff reports success, and delivers nothing, for a strip that holds more than is
   // asked for.
@@ -218,64 +197,136 @@ void TiffReader::readLayout(Page& page) {
 /// Holds the sizes that the header states against the bytes that are there, before memory is asked for.
 void TiffReader::checkBlocks(const Page& page) {
   TIFF* tiff = _tiff.get();
-  const std::uint64_t fileSize = _file.getSize();
-  const std::uint64_t expansion = getLargestExpansion(page.compression);
-  const std::uint64_t rowBytes = std::uint64_t(page.blockWidth) * page.channels * getSampleSize(page.type);
-  const std::uint64_t stated = page.tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
-  std::uint64_t blocks;
-  const bool overflow = __builtin_mul_overflow(page.getBlocksAcross(), page.getBlocksDown(), &blocks) ||
-                        __builtin_mul_overflow(blocks, page.planes, &blocks);
-  _tiff.check(!overflow && blocks == stated);
-  forEachBlock(page, [&](const Block& block) {
-    // Volumes and subsampled colour have other block sizes than these.
-    const std::uint64_t bytes = page.tiled ? TIFFTileSize64(tiff) : TIFFVStripSize64(tiff, block.rows);
-    _tiff.check(bytes != 0 && bytes == rowBytes * block.rows);
-    int failed = 0;
-    const std::uint64_t offset = TIFFGetStrileOffsetWithErr(tiff, block.index, &failed);
-    const std::uint64_t count = failed ? 0 : TIFFGetStrileByteCountWithErr(tiff, block.index, &failed);
-    if (failed || count == 0)
-      raiseFileError(VEXO_HERE, _file, "a strip or tile of page ", _pages.size() + 1, " has no data");
-    if (offset > fileSize || count > fileSize - offset)
-      raiseFileError(VEXO_HERE, _file, "the file ends early");
-    if (expansion != 0 && bytes / expansion > count)
-      raiseFileError(VEXO_HERE, _file, "a strip or tile of ", bytes, " bytes cannot come from ", count,
-                     " bytes");
-  });
+  const std::uint64_t blocks = multiply(multiply(page.getBlocksAcross(), page.getBlocksDown()), page.planes);
+  if (blocks > _fileSize - _storedBytes)
+    raiseFileError(VEXO_HERE, _file, "its ", _fileSize, " bytes cannot hold the ", blocks,
+                   " strips or tiles of page ", _directory + 1);
+  _tiff.check(blocks == (page.tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff)));
+  if (page.compression == COMPRESSION_WEBP)
+    _tiff.check(page.blockWidth <= 16383 && page.blockHeight <= 16383);
+  if (_pages.empty())
+    _isDense = page.compression == COMPRESSION_NONE && !page.tiled &&
+               getField<std::uint16_t>(TIFFTAG_FILLORDER, FILLORDER_MSB2LSB) == FILLORDER_MSB2LSB;
+  forEachBlock(page, [&](const Block& block) { checkBlock(page, block); });
+}
+
+void TiffReader::checkBlock(const Page& page, const Block& block) {
+  TIFF* tiff = _tiff.get();
+  const auto refuse = [&](const auto&... why) {
+    raiseFileError(VEXO_HERE, _file, page.tiled ? "tile " : "strip ", block.index + 1, " of page ",
+                   _directory + 1, ' ', why...);
+  };
+  // Subsampled colour has other block sizes than these.
+  const std::uint64_t bytes = page.tiled ? TIFFTileSize64(tiff) : TIFFVStripSize64(tiff, block.rows);
+  _tiff.check(bytes != 0 && bytes == multiply(page.getRowBytes(), block.rows));
+  int failed = 0;
+  const std::uint64_t offset = TIFFGetStrileOffsetWithErr(tiff, block.index, &failed);
+  const std::uint64_t count = failed ? 0 : TIFFGetStrileByteCountWithErr(tiff, block.index, &failed);
+  if (failed || count == 0) refuse("has no data");
+  if (offset < (TIFFIsBigTIFF(tiff) ? 16 : 8)) refuse("lies in the header of the file");
+  if (offset > _fileSize || count > _fileSize - offset)
+    raiseFileError(VEXO_HERE, _file, "the file ends early");
+  if (count > _fileSize - _storedBytes)
+    refuse("does not fit: with it the strips and tiles have more bytes than the file, ", _fileSize);
+  const TiffCodec codec = getCodec(page.compression);
+  if (codec.isPerBlock && bytes / codec.largestExpansion > count)
+    refuse("of ", bytes, " bytes cannot come from ", count, " bytes");
+  if (!codec.isPerBlock) {
+    _loose = add(_loose, bytes);
+    _loosePlausible = add(_loosePlausible, multiply(count, codec.largestExpansion));
+  }
+  if (_pages.empty() && block.index == 0) _firstOffset = offset;
+  if (_pages.empty() && (count != bytes || offset != _firstOffset + _storedBytes)) _isDense = false;
+  _storedBytes += count;
+}
+
+void TiffReader::checkExpansion() const {
+  if (_loose > _loosePlausible)
+    raiseFileError(VEXO_HERE, _file, _loose, " bytes of strips and tiles cannot come from ", _storedBytes,
+                   " bytes");
+}
+
+void TiffReader::readCalibration() {
+  const auto x = getField<float>(TIFFTAG_XRESOLUTION, 0), y = getField<float>(TIFFTAG_YRESOLUTION, 0);
+  const auto unit = getField<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+  const bool isInch = unit == RESUNIT_INCH, isCentimetre = unit == RESUNIT_CENTIMETER;
+  // What programs write that know nothing of the size.
+  const bool isUnknown = isInch ? x == 72 && y == 72 : !isCentimetre && x == 1 && y == 1;
+  if (isUnknown || !isKnown(static_cast<double>(x)) || !isKnown(static_cast<double>(y))) return;
+  Calibration& calibration = _info.calibration;
+  calibration.pixelWidth = toPixelSize(x);
+  calibration.pixelHeight = toPixelSize(y);
+  calibration.unit = isInch ? "inch" : isCentimetre ? "cm" : "";
 }
 
 void TiffReader::dividePages() {
   ImageGeometry& g = _info.geometry;
-  const std::size_t pages = _pages.size();
   _info.type = _first.type;
   g.x = _first.width;
   g.y = _first.height;
-  g.z = pages;
-  g.c = _first.samples;
-  if (_description.rfind("ImageJ=", 0) != 0) return;
-  const std::uint64_t c = std::max<std::uint64_t>(1, readNumber(_description, "channels"));
-  const std::uint64_t z = std::max<std::uint64_t>(1, readNumber(_description, "slices"));
-  const std::uint64_t t = std::max<std::uint64_t>(1, readNumber(_description, "frames"));
-  std::uint64_t product;
-  if (__builtin_mul_overflow(c, z, &product) || __builtin_mul_overflow(product, t, &product))
-    product = std::numeric_limits<std::uint64_t>::max();
-  const std::uint64_t stated = std::max(product, readNumber(_description, "images"));
-  if (stated > pages)
-    raiseFileError(VEXO_HERE, _file, "its metadata state ", stated, " pages, but it has only ", pages);
-  if (product != pages) return;
+  _order.z = _pages.size();
+  // So a file says that its one page stands for all.
+  if (_description.rfind("{", 0) == 0 && _description.find("\"truncated\": true") != std::string::npos)
+    raiseFileError(VEXO_HERE, _file,
+                   "it states one page for all planes ('truncated'): save a page for each of them");
+  if (auto label = readImageJLabel(_description))
+    divideByLabel(*label);
+  else if (isOmeXml(_description))
+    _order = readOmeXml(_file, _description, {g.x, g.y, _first.samples, _directories}, _info.calibration);
+  g.z = _order.z;
+  g.c = _order.c * _first.samples;
+  g.t = _order.t;
+  checkImageBytes(_file, g, _info.type);
+}
+
+void TiffReader::divideByLabel(ImageJLabel& label) {
+  Calibration& calibration = label.calibration;
+  calibration.pixelWidth = _info.calibration.pixelWidth;
+  calibration.pixelHeight = _info.calibration.pixelHeight;
+  if (calibration.unit.empty()) calibration.unit = _info.calibration.unit;
+  _info.calibration = calibration;
+
+  std::uint64_t c = std::max<std::uint64_t>(1, label.channels);
+  const std::uint64_t z = std::max<std::uint64_t>(1, label.slices),
+                      t = std::max<std::uint64_t>(1, label.frames);
+  // The channels may be the samples of a pixel.
+  const std::uint64_t images = std::max<std::uint64_t>(label.images, _pages.size());
+  if (c == _first.samples && multiply(z, t) == images) c = 1;
+  const std::uint64_t product = multiply(multiply(c, z), t), stated = std::max(product, label.images);
+  std::size_t found = _pages.size();
+  if (found == 1 && stated > 1) found = _following = findFollowing(stated);
+  if (stated > found)
+    raiseFileError(VEXO_HERE, _file, "its metadata state ", stated, " pages, but it has only ", found);
+  _order.z = found;
+  if (product != found) return;
   if (c > 1 && _first.samples > 1)
     raiseFileError(VEXO_HERE, _file, "pages of ", _first.samples,
                    " samples per pixel cannot be divided into ", c, " channels");
-  g.z = z;
-  g.c *= c;
-  g.t = t;
+  std::string letters = label.order;
+  std::sort(letters.begin(), letters.end());
+  if (label.order.rfind("xy", 0) != 0 || letters != "ctxyz")
+    raiseFileError(VEXO_HERE, _file, "its metadata state the order '", clip(label.order),
+                   "', which is no order of planes");
+  _order = {z, c, t, label.order.substr(2), {}};
+}
+
+std::size_t TiffReader::findFollowing(std::uint64_t stated) {
+  if (!_isDense || _directories.back() != 0) return 1;
+  const std::uint64_t room = (_fileSize - _firstOffset) / _storedBytes;
+  return static_cast<std::size_t>(std::min(stated, room));
 }
 
 boost::shared_ptr<Image> TiffReader::read() {
   const auto image = allocateFor(_file, [&] { return Image::create(_info.geometry, _info.type); });
+  if (_following > 1) {
+    loadFollowing(*image);
+    return image;
+  }
   for (std::size_t i = 0; i < _pages.size(); ++i) {
-    if (_pages.size() > 1) _tiff.check(TIFFSetSubDirectory(_tiff.get(), _pages[i]) == 1);
+    if (_directory > 0) _tiff.check(TIFFSetSubDirectory(_tiff.get(), _pages[i]) == 1);
+    _tiff.check(true);
     const Page page = readPage();
-    checkSame(page, i);  // someone may be overwriting the file
+    checkSame(page, _directories[i]);  // someone may be overwriting the file
     loadPage(page, *image, i);
   }
   _tiff.check(true);
@@ -284,23 +335,18 @@ boost::shared_ptr<Image> TiffReader::read() {
 
 void TiffReader::loadPage(const Page& page, Image& image, std::size_t index) {
   TIFF* tiff = _tiff.get();
-  // In a file each slice has all its channels one after the other, unless they are samples of a pixel.
-  const ImageGeometry& g = image.getGeometry();
-  const std::size_t channelPages = g.c / page.samples;
-  const std::size_t pageC = index % channelPages, z = index / channelPages % g.z,
-                    t = index / channelPages / g.z;
-
-  const std::size_t rowBytes = std::size_t(page.blockWidth) * page.channels * getSampleSize(page.type);
+  const PlaneOrder::Place place = _order.find(index);
+  const std::size_t rowBytes = page.getRowBytes();
   const bool direct = !page.tiled && page.channels == 1;
   boost::shared_ptr<void> buffer;
   if (!direct) buffer = allocateFor(_file, [&] { return allocateBlock(rowBytes * page.blockHeight); });
 
   // The decoder of JPEG only warns of damaged data. That and some others leave out samples then.
   _tiff.setStrict(page.compression == COMPRESSION_JPEG);
-  const bool mayLeaveOut = getLargestExpansion(page.compression) == 0;
+  const bool mayLeaveOut = getCodec(page.compression).mayLeaveOut;
   forEachBlock(page, [&](const Block& block) {
-    const std::size_t c = pageC + block.plane;
-    void* to = direct ? image.getRow(block.y, z, c, t) : buffer.get();
+    const std::size_t c = place.c * page.samples + block.plane;
+    void* to = direct ? image.getRow(block.y, place.z, c, place.t) : buffer.get();
     const auto bytes = static_cast<tmsize_t>(rowBytes * block.rows);
     if (mayLeaveOut) std::memset(to, 0, rowBytes * block.rows);
     _tiff.check((page.tiled ? TIFFReadEncodedTile(tiff, block.index, to, bytes)
@@ -310,9 +356,27 @@ void TiffReader::loadPage(const Page& page, Image& image, std::size_t index) {
     const std::size_t columns = std::min(page.blockWidth, page.width - block.x);
     for (std::size_t i = 0; i < rows; ++i)
       storePixels(static_cast<const unsigned char*>(to) + i * rowBytes, columns, page.channels, image,
-                  block.x, block.y + i, z, c, t);
+                  block.x, block.y + i, place.z, c, place.t);
   });
   _tiff.setStrict(false);
+}
+
+void TiffReader::loadFollowing(Image& image) {
+  const std::size_t rowBytes = _first.getRowBytes(), planeBytes = rowBytes * _first.height;
+  const bool direct = _first.channels == 1, isSwapped = TIFFIsByteSwapped(_tiff.get()) != 0;
+  boost::shared_ptr<void> buffer;
+  if (!direct) buffer = allocateFor(_file, [&] { return allocateBlock(planeBytes); });
+  _tiff.check(_file.seek(static_cast<std::int64_t>(_firstOffset), SEEK_SET) >= 0);
+  for (std::size_t i = 0; i < _following; ++i)
+    for (std::size_t plane = 0; plane < _first.planes; ++plane) {
+      const PlaneOrder::Place place = _order.find(i);
+      const std::size_t c = place.c * _first.samples + plane;
+      auto* to = static_cast<unsigned char*>(direct ? image.getRow(0, place.z, c, place.t) : buffer.get());
+      _tiff.check(_file.read(to, planeBytes) == planeBytes);
+      if (isSwapped) swapBytes(to, planeBytes, getSampleSize(_first.type));
+      for (std::size_t y = 0; !direct && y < _first.height; ++y)
+        storePixels(to + y * rowBytes, _first.width, _first.channels, image, 0, y, place.z, c, place.t);
+    }
 }
 
 }  // namespace
@@ -321,8 +385,10 @@ ImageInfo readTiffInfo(File& file) {
   return TiffReader(file).getInfo();
 }
 
-boost::shared_ptr<Image> readTiff(File& file) {
-  return TiffReader(file).read();
+boost::shared_ptr<Image> readTiff(File& file, ImageInfo& info) {
+  TiffReader reader(file);
+  info = reader.getInfo();
+  return reader.read();
 }
 
 }  // namespace vexo::image::io

@@ -157,6 +157,20 @@ TEST_F(ImageIO, UnsupportedTiffsAreNamed) {
   expectUnreadable(at("a.tif"), "page 3");
 }
 
+/// The place in a little-endian classic TIFF of the value of a tag in the first directory; that of the offset
+/// of the next directory for tag 0.
+std::size_t findTag(const Bytes& bytes, unsigned tag) {
+  const auto number = [&](std::size_t at, int size) {
+    std::size_t value = 0;
+    while (size--) value = value << 8 | bytes[at + size];
+    return value;
+  };
+  const std::size_t directory = number(4, 4), entries = number(directory, 2);
+  for (std::size_t i = 0; i < entries; ++i)
+    if (number(directory + 2 + 12 * i, 2) == tag) return directory + 2 + 12 * i + 8;
+  return directory + 2 + 12 * entries;
+}
+
 /// Small files of every kind.
 class ImageIOSamples : public ImageIO {
 protected:
@@ -171,9 +185,20 @@ protected:
     writePages(at("tiles.tif"), "wb", {page, page}, "", fillByIndex);
     page.compression = COMPRESSION_NONE, page.tile = 0;
     writePages(at("strips.tif"), "wb", {page, page}, "", fillByIndex);
+    writePages(at("ome.tif"), "w", {page, page, page},
+               "<OME><Image><Pixels DimensionOrder='XYZCT' SizeX='5' SizeY='4' SizeZ='1' SizeC='9' SizeT='1'>"
+               "<TiffData IFD='0' FirstC='6' /><TiffData IFD='1' PlaneCount='2'/></Pixels></Image></OME>",
+               fillByIndex);
+    writeImage(*randomImage({5, 4, 2, 2}, eImageBufferType::UInt8), at("one.tif"),
+               {0.5, 0.5, 2, "mm", 1, ""});
+    // Its other directories go.
+    Bytes bytes = readBytes(at("one.tif"));
+    bytes[findTag(bytes, 0)] = bytes[findTag(bytes, 0) + 1] = 0;
+    bytes.resize(bytes[findTag(bytes, 273)] + 256u * bytes[findTag(bytes, 273) + 1] + 80u);
+    writeBytes(at("one.tif"), bytes.data(), bytes.size());
   }
-  const std::string paths[6] = {at("stack.tif"), at("colour.png"), at("inter.png"),
-                                at("big.tif"),   at("tiles.tif"),  at("strips.tif")};
+  const std::string paths[8] = {at("stack.tif"), at("colour.png"), at("inter.png"), at("big.tif"),
+                                at("tiles.tif"), at("strips.tif"), at("ome.tif"),   at("one.tif")};
 };
 
 TEST_F(ImageIOSamples, ThatEndEarlyAreRefused) {
@@ -204,20 +229,6 @@ TEST_F(ImageIOSamples, ThatAreDamagedNeverCrash) {
     }
     EXPECT_LT(0, refused) << path;
   }
-}
-
-/// The place in a little-endian classic TIFF of the value of a tag in the first directory; that of the offset
-/// of the next directory for tag 0.
-std::size_t findTag(const Bytes& bytes, unsigned tag) {
-  const auto number = [&](std::size_t at, int size) {
-    std::size_t value = 0;
-    while (size--) value = value << 8 | bytes[at + size];
-    return value;
-  };
-  const std::size_t directory = number(4, 4), entries = number(directory, 2);
-  for (std::size_t i = 0; i < entries; ++i)
-    if (number(directory + 2 + 12 * i, 2) == tag) return directory + 2 + 12 * i + 8;
-  return directory + 2 + 12 * entries;
 }
 
 TEST_F(ImageIO, HostileHeadersAreRefused) {

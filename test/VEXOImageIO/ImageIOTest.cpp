@@ -1,5 +1,8 @@
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <csignal>
 
@@ -128,6 +131,51 @@ TEST_F(ImageIO, LinksAndPermissionsSurvive) {
   }
   umask(mask);
   EXPECT_EQ(4u, countFiles());
+}
+
+TEST_F(ImageIO, WhatAKilledWriterLeavesTheNextOneRemoves) {
+  const auto image = randomImage({300, 300}, eImageBufferType::UInt16);
+  fs::create_directories(at("folder"));
+  const pid_t child = fork();
+  if (child == 0) {
+    const rlimit few{20000, 20000}, none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    std::signal(SIGXFSZ, SIG_DFL);
+    setrlimit(RLIMIT_FSIZE, &few);
+    writeImage(*image, at("folder/a.tif"));
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  ASSERT_TRUE(WIFSIGNALED(status));
+  EXPECT_FALSE(fs::exists(at("folder/a.tif")));
+
+  const auto name = [&](const std::string& pid) { return at("folder/.vexo-" + pid + "-0.part"); };
+  const std::string dead = std::to_string(child), kept[] = {std::to_string(getppid()), "x", dead + "0x"};
+  for (const std::string& pid : kept) writeBytes(name(pid), nullptr, 0);
+  writeBytes(name(dead), nullptr, 0);
+  writeBytes(at("folder/.vexo-" + dead + "-1.part"), nullptr, 0);
+  // Its writer is on another machine.
+  const int locked = open(at("folder/.vexo-" + dead + "-1.part").c_str(), O_RDONLY);
+  ASSERT_EQ(0, flock(locked, LOCK_EX));
+  writeImage(*image, at("folder/a.tif"));
+  EXPECT_FALSE(fs::exists(name(dead)));
+  for (const std::string& pid : kept) EXPECT_TRUE(fs::exists(name(pid))) << pid;
+  EXPECT_EQ(5u, static_cast<std::size_t>(std::distance(fs::directory_iterator(at("folder")), {})));
+  close(locked);
+}
+
+TEST_F(ImageIO, DecodedBytesAreLimited) {
+  EXPECT_LT(std::uint64_t(1) << 28, getMaxImageBytes());
+  const auto image = randomImage({5, 4, 1, 2}, eImageBufferType::UInt16);
+  for (const char* name : {"a.tif", "a.png"}) {
+    writeImage(*image, at(name));
+    setMaxImageBytes(79);
+    expectUnreadable(at(name), "of uint16 takes 80 bytes, more than the limit of 79");
+    setMaxImageBytes(80);
+    EXPECT_NO_THROW(readImage(at(name)));
+    setMaxImageBytes(0);
+  }
 }
 
 }  // namespace

@@ -102,4 +102,34 @@ void writeRawPng(const std::string& path, int width, int depth, int colour, int 
   png_destroy_write_struct(&png, &info);
 }
 
+void writeRawTiff(const std::string& path, std::size_t data, const std::vector<RawField>& fields, int pages) {
+  Bytes bytes = {'I', 'I', 42, 0, 0, 0, 0, 0};
+  const auto put = [&bytes](std::size_t at, std::size_t value, std::size_t size) {
+    bytes.resize(std::max(bytes.size(), at + size));
+    for (; size--; value >>= 8) bytes[at++] = static_cast<unsigned char>(value);
+  };
+  bytes.resize(8 + data, 0x55);
+  std::size_t link = 4;
+  for (int page = 0; page < pages; ++page) {
+    bytes.resize((bytes.size() + 1) / 2 * 2);
+    const std::size_t directory = bytes.size(), values = directory + 2 + 12 * fields.size() + 4;
+    put(link, directory, 4);
+    put(directory, fields.size(), 2);
+    link = values - 4;
+    put(link, 0, 4);
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      const RawField& field = fields[i];
+      const std::size_t entry = directory + 2 + 12 * i, size = field.type == 2 ? 1 : field.type == 3 ? 2 : 4;
+      put(entry, field.tag, 2);
+      put(entry + 2, field.type, 2);
+      put(entry + 4, field.values.size(), 4);
+      put(entry + 8, 0, 4);
+      std::size_t at = entry + 8;
+      if (size * field.values.size() > 4) put(at, bytes.size(), 4), at = bytes.size();
+      for (const std::uint32_t value : field.values) put(at, value, size), at += size;
+    }
+  }
+  writeBytes(path, bytes.data(), bytes.size());
+}
+
 }  // namespace vexo::image::io

@@ -56,6 +56,16 @@ void fillByIndex(int page, int index, Bytes& bytes);
 void writeRawPng(const std::string& path, int width, int depth, int colour, int interlace,
                  std::vector<Bytes> rows, int statedHeight = 0);
 
+/// An entry of a directory, as the file has it: numbers of 16 bits (type 3) or 32 (type 4), or the characters
+/// of a text (type 2).
+struct RawField {
+  unsigned tag, type;
+  std::vector<std::uint32_t> values;
+};
+/// A little-endian classic TIFF of so many pages with these fields; `data` bytes of 0x55 lie at offset 8.
+void writeRawTiff(const std::string& path, std::size_t data, const std::vector<RawField>& fields,
+                  int pages = 1);
+
 /// A test with a folder of its own.
 class ImageIO : public testing::Test {
 protected:

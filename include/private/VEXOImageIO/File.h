@@ -12,19 +12,23 @@ constexpr const char* moduleName = "VEXOImageIO";
 
 /// What the operating system says about an error number.
 std::string describeErrno(int number);
+/// Text from a file as a message may show it: printable and short.
+std::string clip(const std::string& text);
 
 /// An open file. C libraries call its operations, which therefore never throw; they keep the first failure
 /// instead.
 class File {
 public:
   /// Owns the descriptor. `errorPrefix` starts every message about this file: "cannot read 'a.tif'".
-  File(std::string errorPrefix, int descriptor)
-      : _errorPrefix(std::move(errorPrefix)), _descriptor(descriptor) {}
+  File(std::string errorPrefix, int descriptor, std::string name = {})
+      : _errorPrefix(std::move(errorPrefix)), _name(std::move(name)), _descriptor(descriptor) {}
   File(const File&) = delete;
   File& operator=(const File&) = delete;
   ~File() { close(); }
 
   const std::string& getErrorPrefix() const { return _errorPrefix; }
+  /// Without its folder; empty when nobody asks for it.
+  const std::string& getName() const { return _name; }
   int getDescriptor() const { return _descriptor; }
   std::uint64_t getSize() const noexcept;
 
@@ -33,6 +37,8 @@ public:
   bool write(const void* from, std::size_t size) noexcept;
   /// The new position, or -1: an offset out of range, which is no failure yet.
   std::int64_t seek(std::int64_t offset, int whence) noexcept;
+  /// Waits until the disk has what was written.
+  bool sync() noexcept;
   bool close() noexcept;
 
   bool hasFailed() const { return _errno != 0 || _endedEarly; }
@@ -42,7 +48,7 @@ public:
 private:
   void keepErrno() noexcept;
 
-  const std::string _errorPrefix;
+  const std::string _errorPrefix, _name;
   int _descriptor;
   int _errno = 0;
   bool _endedEarly = false;

@@ -9,14 +9,17 @@ namespace vexo::image::io {
 // The file formats. Files are read from their start, and written into an empty file that can be read as well.
 
 ImageInfo readTiffInfo(File& file);
-boost::shared_ptr<Image> readTiff(File& file);
+boost::shared_ptr<Image> readTiff(File& file, ImageInfo& info);
 BoolResult canWriteTiff(const ImageGeometry& geometry, eImageBufferType type);
-void writeTiff(File& file, const Image& image);
+void writeTiff(File& file, const Image& image, const Calibration& calibration);
 
 ImageInfo readPngInfo(File& file);
-boost::shared_ptr<Image> readPng(File& file);
+boost::shared_ptr<Image> readPng(File& file, ImageInfo& info);
 BoolResult canWritePng(const ImageGeometry& geometry, eImageBufferType type);
-void writePng(File& file, const Image& image);
+void writePng(File& file, const Image& image, const Calibration& calibration);
+
+/// Throws when the samples of such an image take more than getMaxImageBytes().
+void checkImageBytes(const File& file, const ImageGeometry& geometry, eImageBufferType type);
 
 /// Spreads pixels of interleaved channels over colour planes: channel 0 goes to (x, y, z, firstC, t), the
 /// others to the planes that follow.

@@ -8,7 +8,9 @@
 namespace vexo::image::io {
 
 /// A path that a file is to be written to. What is written goes to a file aside, which commit() moves into
-/// place; until then nothing changes at the path, and without it nothing is left behind.
+/// place when it is on the disk; until then nothing changes at the path, and without it nothing is left
+/// behind. The file aside has no name where the file system offers that. Else it has one that tells its
+/// process, and the next writer into the folder removes it should the process be killed.
 class Target {
 public:
   explicit Target(std::string path);
@@ -33,7 +35,9 @@ private:
   }
   void followLinks();
   std::filesystem::path getFolder() const;
-  int createAside();
+  std::filesystem::path getAsideFolder() const;
+  int createNamed(const std::filesystem::path& folder);
+  bool giveName();
   void keepPermissions();
   void copyToDevice();
 
@@ -42,7 +46,7 @@ private:
   std::filesystem::path _resolved;  ///< the path after all links, unless it is a device
   bool _isDevice = false;           ///< or a pipe or any other thing that cannot be replaced by a file
   bool _isReplaced = false;         ///< a regular file is there
-  std::filesystem::path _aside;     ///< empty while there is no file to remove
+  std::filesystem::path _aside;     ///< the name of the file aside, while it has one
   std::unique_ptr<File> _file;
 };
 

@@ -6,7 +6,8 @@
 
 namespace vexo::image::io {
 
-/// libtiff on an open file. The first error it reports is kept; nothing goes to its global handlers.
+/// libtiff on an open file that is read. The first error it reports is kept; nothing goes to its global
+/// handlers.
 class TiffHandle {
 public:
   /// Throws when the file cannot be opened in this mode of libtiff.

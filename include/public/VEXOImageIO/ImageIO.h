@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
+#include <cstdint>
 #include <string>
 
 #include "VEXOCore/Export.h"
@@ -8,34 +9,46 @@
 
 namespace vexo::image::io {
 
+/// Physical sizes, and how the channels are to be shown, as far as a file tells. 0 and "" are unknown.
+struct Calibration {
+  double pixelWidth = 0, pixelHeight = 0;  ///< in units
+  double spacing = 0;                      ///< of the slices, in units
+  std::string unit;                        ///< UTF-8: "µm", "inch"; at most 64 bytes
+  double frameInterval = 0;                ///< seconds
+  std::string displayMode;                 ///< "composite", "color" or "grayscale"
+};
+
 /// What the header of an image file says.
 struct ImageInfo {
   ImageGeometry geometry;
   eImageBufferType type = eImageBufferType::UInt8;
+  Calibration calibration;
 };
 
 // The format of a file that is read is told from its first bytes, that of a file that is written from its
-// name: ".tif",
-// ".tiff" (or no extension at all) and ".png", in any case. Everything below throws a BaseException that
-// names the path and what is wrong with it.
-//
-// TIFF: pages are slices Z; ImageJ hyperstack metadata divides them into C, Z and T; samples per pixel of a
-// colour image are colour planes C. Strips and tiles, every compression libtiff knows, BigTIFF, all seven
-// sample types. PNG: 8 and 16 bits, grey (lower depths are widened to 8 bits), palettes (expanded) and
-// colour, whose channels, alpha included, are colour planes C.
+// name: ".tif", ".tiff" (or no extension at all) and ".png", in any case. Everything below throws a
+// BaseException that names the path and what is wrong with it. docs/files.md says what is read, what is
+// refused and what is written.
 
-/// Geometry and sample type, without reading a sample.
+/// Geometry, sample type and calibration, without reading a sample.
 VEXO_API ImageInfo readImageInfo(const std::string& path);
-/// The whole image. A file that ends early, or whose pages differ in size or type, is refused.
-VEXO_API boost::shared_ptr<Image> readImage(const std::string& path);
+/// The whole image, and in `info` what its header says. A file that ends early, that cannot hold what its
+/// header states, or whose pages differ in size or type, is refused.
+VEXO_API boost::shared_ptr<Image> readImage(const std::string& path, ImageInfo* info = nullptr);
+
+/// Files whose samples take more bytes than this, decoded, are refused before memory is asked for, by both of
+/// the above. At first, and after 0, it is the machine's physical memory. For the whole process.
+VEXO_API void setMaxImageBytes(std::uint64_t bytes);
+VEXO_API std::uint64_t getMaxImageBytes();
 
 /// Throws when an image of this geometry and type cannot be written under this name: unknown extension, a
 /// type or geometry the format cannot hold, a folder that does not exist, a folder at the path itself.
 /// Nothing is touched.
 VEXO_API void checkWritable(const std::string& path, const ImageGeometry& geometry, eImageBufferType type);
-/// Writes the image aside and then renames it over the path (what a link at the path points to is replaced,
-/// not the link), so that the old file stays whole until the new one is complete. A path that is no regular
-/// file, such as a device, receives the bytes of the finished file directly.
-VEXO_API void writeImage(const Image& image, const std::string& path);
+/// Writes the image aside, and puts it in the place of the path (of what a link at the path points to, not of
+/// the link) when it is complete and on the disk: a failure, the end of the process or a power cut leaves the
+/// old file or the new one. A path that is no regular file, such as a device, receives the bytes of the
+/// finished file directly. Of the calibration is kept what the format can hold.
+VEXO_API void writeImage(const Image& image, const std::string& path, const Calibration& calibration = {});
 
 }  // namespace vexo::image::io

@@ -1,0 +1,108 @@
+#include <png.h>
+#include <sys/resource.h>
+
+#include <fstream>
+#include <limits>
+
+#include "TestFiles.h"
+
+namespace vexo::image::io {
+namespace {
+
+/// While it lives the process gets next to no more address space. Not under a sanitizer, which needs its own.
+class LittleMemory {
+public:
+  LittleMemory() {
+    getrlimit(RLIMIT_AS, &_before);
+#ifndef __SANITIZE_ADDRESS__
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlimit few{pages * static_cast<std::size_t>(sysconf(_SC_PAGE_SIZE)) + (std::size_t(64) << 20),
+                     _before.rlim_max};
+    setrlimit(RLIMIT_AS, &few);
+#endif
+  }
+  ~LittleMemory() {
+    setrlimit(RLIMIT_AS, &_before);
+  }
+
+private:
+  rlimit _before{};
+};
+
+/// The fields of a page of 8-bit samples whose strips all lie at offset 8.
+std::vector<RawField> makeFields(std::uint32_t width, std::uint32_t height, std::uint32_t rowsPerStrip,
+                                 std::uint32_t compression, std::vector<std::uint32_t> offsets,
+                                 std::vector<std::uint32_t> counts) {
+  return {{256, 4, {width}}, {257, 4, {height}}, {258, 3, {8}}, {259, 3, {compression}},
+          {262, 3, {1}},     {273, 4, offsets},  {277, 3, {1}}, {278, 4, {rowsPerStrip}},
+          {279, 4, counts}};
+}
+
+TEST_F(ImageIO, SmallFilesTakeLittleMemory) {
+  struct Case {
+    const char* cause;
+    std::size_t data;
+    std::vector<RawField> fields;
+    int pages = 1;
+  };
+  const std::uint32_t huge = 60000;
+  std::vector<Case> cases;
+  for (const std::uint32_t compression :
+       {COMPRESSION_JPEG, COMPRESSION_ZSTD, COMPRESSION_LZMA, COMPRESSION_LERC, COMPRESSION_ADOBE_DEFLATE,
+        COMPRESSION_PIXARLOG, COMPRESSION_OJPEG})
+    cases.push_back({"cannot come from", 64, makeFields(huge, huge, huge, compression, {8}, {64})});
+  for (const std::uint32_t compression :
+       {COMPRESSION_WEBP, COMPRESSION_CCITTFAX4, COMPRESSION_THUNDERSCAN, COMPRESSION_JBIG})
+    cases.push_back({"damaged", 64, makeFields(huge, huge, huge, compression, {8}, {64})});
+  cases.push_back({"cannot come from", 64, makeFields(16000, 16000, 16000, COMPRESSION_WEBP, {8}, {64})});
+  cases.push_back({"compression 34712 is not supported", 64, makeFields(5, 4, 4, 34712, {8}, {20})});
+  cases.push_back(
+      {"cannot hold the 4294967280 strips", 64, makeFields(1, 0xfffffff0, 1, COMPRESSION_NONE, {8}, {64})});
+  std::vector<RawField> noCounts = makeFields(1, 0xfffffff0, 1, COMPRESSION_LZW, {8}, {64});
+  noCounts.pop_back();
+  cases.push_back({"", 64, noCounts});
+  cases.push_back(
+      {"more bytes than the file", 65536, makeFields(256, 256, 256, COMPRESSION_NONE, {8}, {65536}), 2000});
+  for (Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "compression " << c.fields[3].values[0] << ", " << c.cause);
+    writeRawTiff(at("a.tif"), c.data, c.fields, c.pages);
+    const LittleMemory memory;
+    expectUnreadable(at("a.tif"), c.cause);
+  }
+  for (const int width : {1 << 30, 1 << 28})
+    for (const int interlace : {PNG_INTERLACE_NONE, PNG_INTERLACE_ADAM7}) {
+      writeRawPng(at("a.png"), width, 16, PNG_COLOR_TYPE_RGB_ALPHA, interlace, {}, 1);
+      const LittleMemory memory;
+      expectUnreadable(at("a.png"), "cannot hold");
+    }
+}
+
+TEST_F(ImageIO, StripsLieBehindTheHeaderAndWithinTheFile) {
+  const std::vector<std::uint32_t> offsets = {8, 12, 16, 20}, counts = {4, 4, 4, 4};
+  struct Case {
+    const char* cause;
+    std::vector<std::uint32_t> offsets, counts;
+  };
+  for (const Case& c : {Case{"", offsets, counts},
+                        {"strip 3 of page 1 lies in the header", {8, 12}, counts},
+                        {"strip 2 of page 1 lies in the header", {8, 7, 16, 20}, counts},
+                        {"strip 1 of page 1 lies in the header", {0, 12, 16, 20}, counts},
+                        {"strip 3 of page 1 has no data", offsets, {4, 4, 0, 4}},
+                        {"ends early", {8, 12, 16, 0xfffffff0}, counts},
+                        {"ends early", {8, 12, 16, 150}, {4, 4, 4, 1000}}}) {
+    SCOPED_TRACE(c.cause);
+    writeRawTiff(at("a.tif"), 16, makeFields(4, 4, 1, COMPRESSION_NONE, c.offsets, c.counts));
+    if (*c.cause)
+      expectUnreadable(at("a.tif"), c.cause);
+    else
+      EXPECT_EQ(0x55, *readImage(at("a.tif"))->getRow<std::uint8_t>(3));
+  }
+  // Strips of one place, each within the file.
+  std::vector<std::uint32_t> same(64, 8), each(64, 64);
+  writeRawTiff(at("a.tif"), 64, makeFields(64, 64, 1, COMPRESSION_NONE, same, each));
+  expectUnreadable(at("a.tif"), "more bytes than the file");
+}
+
+}  // namespace
+}  // namespace vexo::image::io
