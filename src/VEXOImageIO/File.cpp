@@ -19,14 +19,6 @@ std::string describeErrno(int number) {
   return std::generic_category().message(number);
 }
 
-std::string clip(const std::string& text) {
-  constexpr std::size_t longest = 60;
-  std::string clipped = text.substr(0, longest);
-  std::replace_if(
-      clipped.begin(), clipped.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
-  return text.size() > longest ? clipped + "..." : clipped;
-}
-
 std::uint64_t File::getSize() const noexcept {
   struct stat status;
   return fstat(_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;

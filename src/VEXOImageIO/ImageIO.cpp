@@ -25,7 +25,7 @@ constexpr Format tiff{readTiffInfo, readTiff, canWriteTiff, writeTiff};
 constexpr Format png{readPngInfo, readPng, canWritePng, writePng};
 
 File openForReading(const std::string& path) {
-  const std::string prefix = "cannot read '" + path + "'";
+  const std::string prefix = "cannot read " + quote(path);
   // Not to wait for the other end should this be a pipe: it is refused anyway.
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) raiseError(VEXO_HERE, moduleName, prefix, ": ", describeErrno(errno));

@@ -5,6 +5,7 @@
 #include <limits>
 #include <pugixml.hpp>
 
+#include "VEXOCore/Quote.h"
 #include "VEXOImageIO/PlaneOrder.h"
 
 namespace vexo::image::io {
@@ -104,8 +105,8 @@ PlaneOrder OmeReader::read(const std::string& description, Calibration& calibrat
 
 xml_node OmeReader::findPixels(const xml_node& ome) const {
   for (const xml_node& binary : getChildren(ome, "BinaryOnly"))
-    refuse("lies in another file, '", clip(binary.attribute("MetadataFile").as_string()),
-           "': save the image as one file");
+    refuse("lies in another file, ", quote(binary.attribute("MetadataFile").as_string()),
+           ": save the image as one file");
   const auto images = getChildren(ome, "Image");
   if (images.size() != 1)
     refuse("describes ", images.size(), " images: save the one you want as a file of its own");
@@ -122,7 +123,7 @@ std::size_t OmeReader::readCount(const xml_node& node, const char* name, std::si
   std::size_t number = 0;
   const auto result = std::from_chars(text, end, number);
   if (result.ec != std::errc() || result.ptr != end)
-    refuse("states ", name, "='", clip(text), "', which is no number");
+    refuse("states ", name, "=", quote(text), ", which is no number");
   return number;
 }
 
@@ -131,7 +132,7 @@ std::string OmeReader::readOrder(const xml_node& pixels) const {
   std::string letters = order;
   std::sort(letters.begin(), letters.end());
   if (order.rfind("XY", 0) != 0 || letters != "CTXYZ")
-    refuse("states DimensionOrder='", clip(order), "', which is no order of planes");
+    refuse("states DimensionOrder=", quote(order), ", which is no order of planes");
   std::string axes = order.substr(2);
   std::transform(axes.begin(), axes.end(), axes.begin(),
                  [](char axis) { return static_cast<char>(axis + 'a' - 'A'); });
@@ -143,7 +144,7 @@ void OmeReader::checkFile(const xml_node& ome, const xml_node& part) const {
   for (const xml_node& id : getChildren(part, "UUID")) {
     const std::string own = ome.attribute("UUID").as_string(), name = id.attribute("FileName").as_string();
     if (name == _file.getName() || (!own.empty() && own == id.text().get())) continue;
-    refuse("says that planes lie in another file, '", clip(name), "': save the image as one file");
+    refuse("says that planes lie in another file, ", quote(name), ": save the image as one file");
   }
 }
 

@@ -68,7 +68,7 @@ void removeStaleFilesOnce(const fs::path& folder) {
 
 }  // namespace
 
-Target::Target(std::string path) : _path(std::move(path)), _errorPrefix("cannot write '" + _path + "'") {}
+Target::Target(std::string path) : _path(std::move(path)), _errorPrefix("cannot write " + quote(_path)) {}
 
 Target::~Target() {
   if (!_aside.empty()) ::unlink(_aside.c_str());

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "VEXOCore/Buffer.h"
+#include "VEXOCore/Quote.h"
 #include "VEXOImageIO/Format.h"
 #include "VEXOImageIO/PlaneOrder.h"
 #include "VEXOImageIO/TiffHandle.h"
@@ -305,8 +306,8 @@ void TiffReader::divideByLabel(ImageJLabel& label) {
   std::string letters = label.order;
   std::sort(letters.begin(), letters.end());
   if (label.order.rfind("xy", 0) != 0 || letters != "ctxyz")
-    raiseFileError(VEXO_HERE, _file, "its metadata state the order '", clip(label.order),
-                   "', which is no order of planes");
+    raiseFileError(VEXO_HERE, _file, "its metadata state the order ", quote(label.order),
+                   ", which is no order of planes");
   _order = {z, c, t, label.order.substr(2), {}};
 }
 

@@ -147,7 +147,7 @@ TEST(Steps, ShareTheProgress) {
 }
 
 TEST_P(Threads, CancelledRunsFailOrAreRight) {
-  const auto in = makeRandom({30, 40, 3}, u16, 1);
+  const auto in = makeRandom({300, 400, 4}, u16, 1);
   const auto wanted = sumOf(*in, u16, 2);
   std::mt19937 random(9);
   int cancelled = 0;

@@ -12,8 +12,6 @@ constexpr const char* moduleName = "VEXOImageIO";
 
 /// What the operating system says about an error number.
 std::string describeErrno(int number);
-/// Text from a file as a message may show it: printable and short.
-std::string clip(const std::string& text);
 
 /// An open file. C libraries call its operations, which therefore never throw; they keep the first failure
 /// instead.
