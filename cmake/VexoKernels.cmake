@@ -10,6 +10,10 @@ set(VEXO_KERNEL_FLAGS -O3 -fno-math-errno -fno-trapping-math -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   list(APPEND VEXO_KERNEL_FLAGS -fno-loop-unroll-and-jam -Wno-psabi)
 endif()
+if(VEXO_SANITIZE MATCHES fuzzer)
+  # No counters of branches: what leads to new paths is decided outside, and the lines would be several times slower.
+  list(APPEND VEXO_KERNEL_FLAGS -fno-sanitize=fuzzer-no-link)
+endif()
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
   set(VEXO_KERNEL_SETS portable avx avx2 fma3_avx2 avx512)  # the portable code of x86-64 is that of SSE2
 else()
