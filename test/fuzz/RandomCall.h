@@ -20,12 +20,13 @@ using image::Image;
 using image::ImageGeometry;
 using ImagePtr = boost::shared_ptr<Image>;
 
-/// The combinations of instruction sets that have kernels and that this machine offers.
+/// What to restrict kernels to: each instruction set of this machine. Not every kernel is there for each set:
+/// the portable ones fill in.
 inline const std::vector<std::set<eInstructionSet>>& offeredSets() {
   static const auto offered = [] {
     std::vector<std::set<eInstructionSet>> sets;
     for (const eInstructionSet set : {eIS_Standard, eIS_AVX, eIS_AVX2, eIS_AVX512})
-      if (core::isAvailable(set)) sets.push_back({set});
+      if (core::isAvailable(set)) sets.push_back({eIS_Standard, set});
     return sets;
   }();
   return offered;
