@@ -219,7 +219,8 @@ int main(int argc, char** argv) {
   }
   const fs::path name = fs::path(argv[0]).filename();
   Engine engine("crash-" + name.string());
-  std::printf("%s: seed %u, %zu files\n", name.c_str(), options.seed, corpus.size());
+  std::printf("%s: seed %u, %zu files, a find is left in %s\n", name.c_str(), options.seed, corpus.size(),
+              fs::absolute("crash-" + name.string()).c_str());
   std::fflush(stdout);
 
   const auto begin = std::chrono::steady_clock::now();
