@@ -68,7 +68,9 @@ def make_tiff():
     save('tiff', 'rgb_tiles_planar.tif', tifffile_bytes(ramp((3, 17, 5), 'uint8'), photometric='rgb',
                                                         planarconfig='separate', tile=(16, 16), compression='zlib'))
     save('tiff', 'pages.tif', tifffile_bytes(ramp((5, 3, 4), 'uint8'), photometric='minisblack'))
-    save('tiff', 'palette.tif', converted(tifffile_bytes(ramp((3, 4), 'uint8'), photometric='miniswhite')))
+    save('tiff', 'miniswhite.tif', converted(tifffile_bytes(ramp((3, 4), 'uint8'), photometric='miniswhite')))
+    save('tiff', 'palette.tif', tifffile_bytes(ramp((3, 4), 'uint8'), photometric='palette',
+                                               colormap=ramp((3, 256), 'uint16')))
     save('tiff', 'imagej.tif', tifffile_bytes(ramp((2, 2, 2, 4, 5), 'uint8'), imagej=True, metadata={'axes': 'TZCYX'}))
     save('tiff', 'ome.tif', tifffile_bytes(ramp((2, 3, 5), 'uint8'), ome=True, metadata={'axes': 'ZYX', 'UUID': ''}))
     save('tiff', 'shaped.tif', tifffile_bytes(ramp((2, 3, 5), 'uint8'), metadata={'axes': 'ZYX'}))
