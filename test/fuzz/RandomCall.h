@@ -212,6 +212,10 @@ private:
     return text;
   }
   std::string range() {
+    static constexpr const char* values[] = {"0,255",   "0,256",   "1,1000",       "-3000,3000",
+                                             "7,7",     "-1,0.5",  "0,4294967295", "-1e30,1e30",
+                                             "0,1e-30", "-inf,inf"};
+    if (!_bytes.oneIn(3)) return _bytes.oneOf(values);
     const std::string one = number(), other = number();
     return one + "," + other;
   }
