@@ -50,7 +50,7 @@ public:
     static_assert(std::is_trivially_copyable_v<T>);
     T value{};
     const std::size_t n = sizeof(T) < _left ? sizeof(T) : _left;
-    std::memcpy(&value, _data, n);
+    if (n > 0) std::memcpy(&value, _data, n);  // an empty input may have no address
     _data += n;
     _left -= n;
     return value;
