@@ -8,22 +8,27 @@
 
 #include "VEXOCore/Log.h"
 
+// The address sanitizer must see every block begin and end. Compilers tell it in one of two ways.
 #if defined(__SANITIZE_ADDRESS__)
-#define VEXO_PLAIN_BLOCKS 1  // the sanitizer must see every block begin and end
+#define VEXO_PLAIN_BLOCKS 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VEXO_PLAIN_BLOCKS 1
+#endif
 #endif
 
 namespace vexo {
 namespace {
-
-constexpr std::size_t hugePage = std::size_t(2) << 20;
-/// From this size on a block is mapped on its own and recycled; below it malloc is as good.
-constexpr std::size_t largeBlock = std::size_t(1) << 20;
 
 [[noreturn]] void outOfMemory(std::size_t size) {
   raiseError(VEXO_HERE, "VEXOCore", "cannot allocate ", size, " bytes of memory");
 }
 
 #ifndef VEXO_PLAIN_BLOCKS
+constexpr std::size_t hugePage = std::size_t(2) << 20;
+/// From this size on a block is mapped on its own and recycled; below it malloc is as good.
+constexpr std::size_t largeBlock = std::size_t(1) << 20;
+
 /// A mapping that starts on a huge-page boundary, so that all of it but its tail can be backed by huge pages.
 void* mapLarge(std::size_t size) {
   const std::size_t reserve = checkedAdd(size, hugePage, "the size of a memory block");

@@ -78,8 +78,10 @@ public:
   /// against a run in progress.
   template <class A>
   boost::shared_ptr<A> accessAttribute() const {
-    for (const auto& attribute : _attributes)
-      if (typeid(*attribute) == typeid(A)) return boost::static_pointer_cast<A>(attribute);
+    for (const auto& attribute : _attributes) {
+      const BaseAttribute& held = *attribute;
+      if (typeid(held) == typeid(A)) return boost::static_pointer_cast<A>(attribute);
+    }
     raiseNoSuchAttribute(A::info().name);
   }
 
