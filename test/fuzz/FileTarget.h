@@ -23,7 +23,7 @@ class InputFile {
 public:
   InputFile() : _descriptor(memfd_create("input", MFD_CLOEXEC)) {
     require(_descriptor >= 0, "memfd_create fails");
-    // PLACE OF THE LIMIT: image::io::setMaxImageBytes(mostImageBytes);
+    image::io::setMaxImageBytes(mostImageBytes);
   }
   std::string fill(const std::uint8_t* data, std::size_t size) {
     require(ftruncate(_descriptor, 0) == 0 && pwrite(_descriptor, data, size, 0) == ssize_t(size),
