@@ -69,8 +69,8 @@ void ThreadPool::insert(Loop& loop) {
 
 void ThreadPool::remove(Loop& loop) {
   Loop** place = &_loops;
-  while (*place != &loop) place = &(*place)->following;
-  *place = loop.following;
+  while (*place && *place != &loop) place = &(*place)->following;
+  if (*place) *place = loop.following;  // a forked child does not know the loops of its parent
   updateUrgency();
 }
 
@@ -88,12 +88,12 @@ ThreadPool::Loop* ThreadPool::findLoop(const RunState* run) const {
 }
 
 void ThreadPool::takePieces(Loop& loop, bool alone) {
-  // A helper leaves for a loop that is more urgent.
-  while (alone || _urgency <= loop.urgency) {
+  do {
     const std::size_t index = loop.next++;
     if (index >= loop.count) return;
     loop.piece(loop.context, index);
-  }
+    // A helper leaves for a loop that is more urgent. Where it may not join that one it is back for a piece.
+  } while (alone || _urgency <= loop.urgency);
 }
 
 void ThreadPool::help(Loop& loop, Lock& lock) {
