@@ -59,7 +59,7 @@ void removeStaleFiles(const fs::path& folder) {
 /// Once per process and folder, so that writing many files into a large folder takes no longer.
 void removeStaleFilesOnce(const fs::path& folder) {
   static std::mutex mutex;
-  static std::set<fs::path> known;
+  static auto& known = *new std::set<fs::path>;
   std::error_code error;
   const fs::path full = fs::absolute(folder, error);
   const std::lock_guard<std::mutex> lock(mutex);
