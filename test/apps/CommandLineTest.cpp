@@ -319,7 +319,7 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
 }
 
 TEST_F(CommandLineTest, SignalsEndARunWithoutATrace) {
-  image::io::writeImage(*test::makeRandom({800, 800}, eImageBufferType::UInt16, 0, 60000),
+  image::io::writeImage(*test::makeRandom({4000, 4000}, eImageBufferType::UInt16, 0, 60000),
                         folder / "large.tif");
   writeText(folder / "out.tif", "old");
   const auto count = [this] { return std::distance(fs::directory_iterator(folder), {}); };
@@ -337,7 +337,7 @@ TEST_F(CommandLineTest, SignalsEndARunWithoutATrace) {
         ")\n"
         "sys.exit(run.wait())' '" VEXO_PROGRAM
         "' run GenericMedian2dImg --InImg large.tif "
-        "--OutImg out.tif --InHalfKnlSizeX 60 --InHalfKnlSizeY 60 ");
+        "--OutImg out.tif --InHalfKnlSizeX 15 --InHalfKnlSizeY 15 ");
     EXPECT_EQ(128 + number, answer.status) << name;
     EXPECT_EQ(0u, answer.errors.rfind("vexo: cancelled by ", 0)) << answer.errors;
     EXPECT_EQ(answer.errors.size() - 1, answer.errors.find('\n')) << answer.errors;
