@@ -161,7 +161,7 @@ void ActionRunner::start(const boost::shared_ptr<RunState>& state, std::function
 }
 
 void ActionRunner::stopBackgroundRuns() {
-  ThreadPool::getInstance().stopTasks();
+  ThreadPool::stopAllTasks();
 }
 
 BaseAction::~BaseAction() = default;

@@ -46,12 +46,15 @@ struct ThreadPool::Loop {
   bool hasPieces() const { return next < count; }
 };
 
+std::atomic<ThreadPool*> ThreadPool::_instance{nullptr};
+
 ThreadPool& ThreadPool::getInstance() {
   static ThreadPool& pool = *[] {
-    static auto& made = *new ThreadPool;
+    _instance = new ThreadPool;
     // A child has none of the threads, and must not find the lock held by one of them.
-    pthread_atfork([] { made._mutex.lock(); }, [] { made._mutex.unlock(); }, [] { made.forget(); });
-    return &made;
+    pthread_atfork([] { _instance.load()->_mutex.lock(); }, [] { _instance.load()->_mutex.unlock(); },
+                   [] { _instance.load()->forget(); });
+    return _instance.load();
   }();
   static const struct AtExit {
     ~AtExit() { getInstance().close(); }
@@ -70,7 +73,7 @@ void ThreadPool::insert(Loop& loop) {
 void ThreadPool::remove(Loop& loop) {
   Loop** place = &_loops;
   while (*place && *place != &loop) place = &(*place)->following;
-  if (*place) *place = loop.following;  // a forked child does not know the loops of its parent
+  if (*place) *place = loop.following;  // a forked child begins without loops
   updateUrgency();
 }
 
@@ -195,8 +198,13 @@ void ThreadPool::work(ThreadList::iterator self) {
       sleep(lock);
     }
   }
+  // Those that have ended before are joined here, so that no more than one waits for it.
+  ThreadList ended;
+  ended.swap(_ended);
   _ended.splice(_ended.end(), _threads, self);
   _somethingEnded.notify_all();
+  lock.unlock();
+  for (std::thread& thread : ended) thread.join();
 }
 
 void ThreadPool::start(const boost::shared_ptr<RunState>& run, std::function<void()> task) {
@@ -237,6 +245,10 @@ void ThreadPool::execute(std::list<Task>& one, Lock& lock) {
   lock.lock();
   _begun.erase(task);
   _somethingEnded.notify_all();
+}
+
+void ThreadPool::stopAllTasks() {
+  if (ThreadPool* pool = _instance) pool->stopTasks();
 }
 
 void ThreadPool::stopTasks() {

@@ -28,7 +28,7 @@ void ProcessorFactory::registerProcessor(const std::string& typeName, const Proc
 
 void ProcessorFactory::unRegisterProcessor(const std::string& typeName) {
   // The library of the class is about to go: no run may be left in its code.
-  core::ActionRunner::getInstance().stopBackgroundRuns();
+  core::ActionRunner::stopBackgroundRuns();
   boost::mutex::scoped_lock lock(registry().mutex);
   registry().infos.erase(typeName);
 }

@@ -321,6 +321,7 @@ bool runsWell(std::size_t threads) {
   return true;
 }
 
+#ifndef __SANITIZE_ADDRESS__  // whose allocator a child may find locked
 TEST_P(BackgroundRun, AForkedChildRunsAnew) {
   std::atomic<bool> ended{false};
   Pieces busy(1000000, [&](auto, const RunShare& share) {
@@ -334,6 +335,7 @@ TEST_P(BackgroundRun, AForkedChildRunsAnew) {
   ended = true;
   job->wait();
 }
+#endif
 
 #ifndef __SANITIZE_THREAD__  // which needs a thread of its own
 TEST_P(BackgroundRun, CompletesWhereNoThreadIsGranted) {

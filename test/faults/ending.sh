@@ -3,13 +3,14 @@
 set -euo pipefail
 program=$1
 ends() {
-  local i
-  for ((i = 0; i < $1; ++i)); do
-    "$program" 60 $((i * i * 40)) || { echo "ended with status $? after $((i * i * 40)) microseconds"; return 1; }
+  local i way=$1
+  for ((i = 0; i < $2; ++i)); do
+    "$program" "$way" 60 $((i * i * 40)) || { echo "$way: status $? after $((i * i * 40)) microseconds"; return 1; }
   done
 }
-ends 25
-ends 15 & first=$!
-ends 15 & second=$!
-ends 15 & third=$!
-wait $first; wait $second; wait $third
+ends return 25
+ends return 15 & first=$!
+ends sync 15 & second=$!
+ends async 15 & third=$!
+ends exit 15 & fourth=$!
+wait $first; wait $second; wait $third; wait $fourth

@@ -32,8 +32,9 @@ public:
   /// Runs the task on a thread that has nothing else to do, or on this one where no thread can be had.
   /// Throws when the process is ending.
   void start(const boost::shared_ptr<RunState>& run, std::function<void()> task);
-  /// Cancels the tasks under way and waits for them.
-  void stopTasks();
+  /// Cancels the tasks under way and waits for them; from a thread of the pool without waiting. Makes no pool
+  /// where there is none.
+  static void stopAllTasks();
   /// The same, once and for all: no task starts any more, loops run on their callers' threads alone.
   void close();
 
@@ -47,6 +48,7 @@ private:
   using ThreadList = std::list<std::thread>;
 
   ThreadPool() = default;
+  void stopTasks();
   void insert(Loop& loop);
   void remove(Loop& loop);
   void updateUrgency();
@@ -63,6 +65,8 @@ private:
   void announce();
   void sleep(Lock& lock);
   void forget() noexcept;
+
+  static std::atomic<ThreadPool*> _instance;
 
   std::mutex _mutex;
   std::condition_variable _workCame, _helperLeft, _somethingEnded;

@@ -110,8 +110,8 @@ public:
   /// Runs `task`, the whole of the run with that state, which throws nothing, on a thread of its own; on the
   /// calling one where no thread can be had. Throws when the process is ending.
   void start(const boost::shared_ptr<RunState>& state, std::function<void()> task);
-  /// Cancels all runs in the background and waits for them.
-  void stopBackgroundRuns();
+  /// Cancels all runs in the background and waits for them; from within a run without waiting.
+  static void stopBackgroundRuns();
 
 private:
   ActionRunner() = default;

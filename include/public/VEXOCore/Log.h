@@ -15,7 +15,8 @@ namespace vexo {
 /// "vexo": every module logs to a child of this logger. It carries a silent appender, so that a program that
 /// configures no logging sees none.
 VEXO_API const std::string& getBaseLoggerName();
-/// The logger of a module: getBaseLoggerName() + "." + moduleName.
+/// The logger of a module: getBaseLoggerName() + "." + moduleName; one that logs nothing once the static
+/// objects of the process are being destroyed.
 VEXO_API log4cplus::Logger getModuleLogger(const std::string& moduleName);
 
 /// Logs at ERROR level with the source location, when the logger is enabled for it.

@@ -41,14 +41,14 @@ template <class Enum>
 class MsgMapRegistrator {
 public:
   static BoolResult registerMessageMap() {
-    static const BoolResult result = [] {
+    static const auto& result = *new BoolResult([] {
       for (const auto& message : MessageMap<Enum>::messages()) {
         const BoolResult added = MessageMap<Enum>::manager().addMessage(
             typeName<Enum>(), static_cast<unsigned>(message.first), message.second);
         if (!added) return added;
       }
       return BoolResult(true);
-    }();
+    }());
     return result;
   }
 };
