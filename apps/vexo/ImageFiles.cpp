@@ -113,12 +113,12 @@ void ImageFiles::readInputs() const {
   }
 }
 
-void ImageFiles::writeOutputs() const {
+void ImageFiles::writeOutputs(const std::atomic<bool>& cancelled) const {
   for (const File& file : _files) {
     if (!file.attribute->isOutput()) continue;
     const image::Image& image =
         image::hostImage(file.attribute->getImage(), file.attribute->getName().c_str());
-    nameFailure(*file.attribute, [&] { image::io::writeImage(image, file.path, _calibration); });
+    nameFailure(*file.attribute, [&] { image::io::writeImage(image, file.path, _calibration, &cancelled); });
   }
 }
 

@@ -27,7 +27,7 @@ public:
 
   void readInputs() const;
   /// The outputs get the calibration of the first input.
-  void writeOutputs() const;
+  void writeOutputs(const std::atomic<bool>& cancelled) const;
 
 private:
   struct File {

@@ -164,7 +164,12 @@ void execute(const boost::shared_ptr<BaseProcessor>& processor, const Settings& 
   // First what can be printed: when that fails the files stay as they were.
   printResults(*processor, settings);
   flushOutput();
-  images.writeOutputs();
+  try {
+    images.writeOutputs(getCancelFlag());
+  } catch (...) {
+    throwIfCancelled();
+    throw;
+  }
 }
 
 }  // namespace

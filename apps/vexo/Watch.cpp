@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -18,9 +19,11 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 volatile std::sig_atomic_t endingSignal = 0;
+std::atomic<bool> cancelled{false};
 
 void askForCancel(int signal) {
   endingSignal = signal;
+  cancelled = true;
 }
 
 /// A line on standard error that appears when the run takes long and goes away with this object.
@@ -65,6 +68,10 @@ void watchSignals() {
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
     sigaction(signal, &action, nullptr);
   }
+}
+
+const std::atomic<bool>& getCancelFlag() {
+  return cancelled;
 }
 
 void throwIfCancelled() {

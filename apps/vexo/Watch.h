@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
 #include <stdexcept>
 
@@ -20,6 +21,8 @@ private:
 /// From now on the first SIGINT (Ctrl-C), SIGTERM or SIGHUP asks for the end of the run; a second one ends
 /// the program at once.
 void watchSignals();
+/// Becomes true then.
+const std::atomic<bool>& getCancelFlag();
 /// Throws Interrupted when the end of the run was asked for.
 void throwIfCancelled();
 

@@ -12,6 +12,8 @@ namespace {
 
 /// The system moves at most about 2 GiB in one call.
 constexpr std::size_t largestTransfer = std::size_t(1) << 30;
+/// Between two looks at whether to go on.
+constexpr std::size_t largestWrite = std::size_t(16) << 20;
 
 }  // namespace
 
@@ -45,8 +47,13 @@ std::size_t File::read(void* to, std::size_t size) noexcept {
 bool File::write(const void* from, std::size_t size) noexcept {
   std::size_t done = 0;
   while (done < size) {
+    if (_cancelled && *_cancelled) {
+      errno = ECANCELED;
+      keepErrno();
+      return false;
+    }
     const ssize_t n =
-        ::write(_descriptor, static_cast<const char*>(from) + done, std::min(size - done, largestTransfer));
+        ::write(_descriptor, static_cast<const char*>(from) + done, std::min(size - done, largestWrite));
     if (n > 0) {
       done += static_cast<std::size_t>(n);
     } else if (n == 0 || errno != EINTR) {

@@ -56,8 +56,8 @@ const Format& formatOfName(const Target& target) {
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   if (extension == ".png") return png;
   if (extension.empty() || extension == ".tif" || extension == ".tiff") return tiff;
-  raiseError(VEXO_HERE, moduleName, target.getErrorPrefix(), ": the extension '", extension,
-             "' is none of .tif, .tiff and .png");
+  raiseError(VEXO_HERE, moduleName, target.getErrorPrefix(), ": the extension ", quote(extension),
+             " is none of .tif, .tiff and .png");
 }
 
 /// The format in which the image is to be written; throws when it cannot be.
@@ -87,8 +87,9 @@ void checkWritable(const std::string& path, const ImageGeometry& geometry, eImag
   chooseFormat(target, geometry, type);
 }
 
-void writeImage(const Image& image, const std::string& path, const Calibration& calibration) {
-  Target target(path);
+void writeImage(const Image& image, const std::string& path, const Calibration& calibration,
+                const std::atomic<bool>* cancelled) {
+  Target target(path, cancelled);
   const Format& format = chooseFormat(target, image.getGeometry(), image.getBufferType());
   format.write(target.begin(), image, calibration);
   target.commit();

@@ -68,7 +68,8 @@ void removeStaleFilesOnce(const fs::path& folder) {
 
 }  // namespace
 
-Target::Target(std::string path) : _path(std::move(path)), _errorPrefix("cannot write " + quote(_path)) {}
+Target::Target(std::string path, const std::atomic<bool>* cancelled)
+    : _path(std::move(path)), _errorPrefix("cannot write " + quote(_path)), _cancelled(cancelled) {}
 
 Target::~Target() {
   if (!_aside.empty()) ::unlink(_aside.c_str());
@@ -84,9 +85,10 @@ void Target::resolve() {
   _isReplaced = fs::is_regular_file(status);
   _isDevice = exists && !_isReplaced;
   if (!_isDevice) followLinks();
-  if (!_isDevice && !fs::is_directory(getFolder(), error)) fail(VEXO_HERE, getFolder(), " is no folder");
+  if (!_isDevice && !fs::is_directory(getFolder(), error))
+    fail(VEXO_HERE, quote(getFolder().string()), " is no folder");
   if (!_isDevice && ::access(getFolder().c_str(), W_OK | X_OK) != 0)
-    fail(VEXO_HERE, "the folder ", getFolder(), ": ", describeErrno(errno));
+    fail(VEXO_HERE, "the folder ", quote(getFolder().string()), ": ", describeErrno(errno));
   if (exists && ::access(_resolved.c_str(), W_OK) != 0) fail(VEXO_HERE, describeErrno(errno));
 }
 
@@ -120,6 +122,7 @@ File& Target::begin() {
     descriptor = ::open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
   if (descriptor < 0) descriptor = createNamed(folder);
   _file = std::make_unique<File>(_errorPrefix, descriptor);
+  _file->setCancelFlag(_cancelled);
   ::flock(descriptor, LOCK_EX | LOCK_NB);
   if (_isDevice && !_aside.empty()) {
     ::unlink(_aside.c_str());
@@ -138,7 +141,7 @@ int Target::createNamed(const fs::path& folder) {
       _aside = name;
       return descriptor;
     }
-    if (errno != EEXIST) fail(VEXO_HERE, "temporary file ", name, ": ", describeErrno(errno));
+    if (errno != EEXIST) fail(VEXO_HERE, "temporary file ", quote(name.string()), ": ", describeErrno(errno));
   }
 }
 
@@ -159,6 +162,7 @@ void Target::commit() {
   } else {
     // Before the name: else a power cut may leave the name of a file whose samples never reached the disk.
     if (!_file->sync()) fail(VEXO_HERE, _file->getFailure());
+    if (_cancelled && *_cancelled) fail(VEXO_HERE, describeErrno(ECANCELED));
     const bool isPlaced = _aside.empty() && giveName();
     if (!isPlaced && ::rename(_aside.c_str(), _resolved.c_str()) != 0) fail(VEXO_HERE, describeErrno(errno));
     _aside.clear();
@@ -178,7 +182,7 @@ bool Target::giveName() {
       _aside = name;
       return false;
     }
-    if (errno != EEXIST) fail(VEXO_HERE, "temporary file ", name, ": ", describeErrno(errno));
+    if (errno != EEXIST) fail(VEXO_HERE, "temporary file ", quote(name.string()), ": ", describeErrno(errno));
   }
 }
 

@@ -58,7 +58,7 @@ void BaseProcessor::checkNotRunning() const {
 
 void BaseProcessor::raiseNoSuchAttribute(const std::string& attributeName) const {
   if (!_initialised) fail(VEXO_HERE, eProcessorMessage::NotInitialised, getObjectName());
-  fail(VEXO_HERE, eProcessorMessage::NoSuchAttribute, getObjectName(), attributeName);
+  fail(VEXO_HERE, eProcessorMessage::NoSuchAttribute, getObjectName(), cut(attributeName));
 }
 
 void BaseProcessor::checkCall() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -35,6 +36,8 @@ public:
   bool write(const void* from, std::size_t size) noexcept;
   /// The new position, or -1: an offset out of range, which is no failure yet.
   std::int64_t seek(std::int64_t offset, int whence) noexcept;
+  /// Writing fails once the flag is true.
+  void setCancelFlag(const std::atomic<bool>* cancelled) { _cancelled = cancelled; }
   /// Waits until the disk has what was written.
   bool sync() noexcept;
   bool close() noexcept;
@@ -50,6 +53,7 @@ private:
   int _descriptor;
   int _errno = 0;
   bool _endedEarly = false;
+  const std::atomic<bool>* _cancelled = nullptr;
 };
 
 /// Raises an error about a file; the arguments are joined.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 
@@ -13,7 +14,8 @@ namespace vexo::image::io {
 /// process, and the next writer into the folder removes it should the process be killed.
 class Target {
 public:
-  explicit Target(std::string path);
+  /// `cancelled`, when it is given and becomes true, makes what follows fail.
+  explicit Target(std::string path, const std::atomic<bool>* cancelled = nullptr);
   Target(const Target&) = delete;
   Target& operator=(const Target&) = delete;
   ~Target();
@@ -43,6 +45,7 @@ private:
 
   const std::string _path;
   const std::string _errorPrefix;
+  const std::atomic<bool>* const _cancelled;
   std::filesystem::path _resolved;  ///< the path after all links, unless it is a device
   bool _isDevice = false;           ///< or a pipe or any other thing that cannot be replaced by a file
   bool _isReplaced = false;         ///< a regular file is there

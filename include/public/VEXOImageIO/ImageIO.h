@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
 #include <string>
@@ -48,7 +49,9 @@ VEXO_API void checkWritable(const std::string& path, const ImageGeometry& geomet
 /// Writes the image aside, and puts it in the place of the path (of what a link at the path points to, not of
 /// the link) when it is complete and on the disk: a failure, the end of the process or a power cut leaves the
 /// old file or the new one. A path that is no regular file, such as a device, receives the bytes of the
-/// finished file directly. Of the calibration is kept what the format can hold.
-VEXO_API void writeImage(const Image& image, const std::string& path, const Calibration& calibration = {});
+/// finished file directly. Of the calibration is kept what the format can hold. When `cancelled` is given and
+/// becomes true before the file is in place, writing fails.
+VEXO_API void writeImage(const Image& image, const std::string& path, const Calibration& calibration = {},
+                         const std::atomic<bool>* cancelled = nullptr);
 
 }  // namespace vexo::image::io
