@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <new>
 
@@ -58,12 +60,13 @@ int report(const std::string& message, int status) {
   return status;
 }
 
-int callMain(const WordList& words) {
-  if (words.empty()) {
-    std::cerr << help;
-    return 2;
-  }
+int callMain(int argc, char** argv) {
   try {
+    const WordList words(argv + std::min(argc, 1), argv + argc);
+    if (words.empty()) {
+      std::cerr << help;
+      return 2;
+    }
     dispatch(words);
     flushOutput();
     return 0;
@@ -72,7 +75,9 @@ int callMain(const WordList& words) {
   } catch (const Interrupted& interrupted) {
     return report(interrupted.what(), 128 + interrupted.getSignal());
   } catch (const std::bad_alloc&) {
-    return report("out of memory", 1);
+    // At once: what libraries do when they end asks for memory, too.
+    std::fputs("vexo: out of memory\n", stderr);
+    std::_Exit(1);
   } catch (const std::exception& error) {
     return report(error.what(), 1);
   } catch (...) {
@@ -88,5 +93,5 @@ int main(int argc, char** argv) {
   for (int descriptor = 0; descriptor >= 0 && descriptor <= STDERR_FILENO;)
     if (descriptor = open("/dev/null", O_RDONLY); descriptor > STDERR_FILENO) close(descriptor);
   std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write
-  return vexo::app::callMain(vexo::app::WordList(argv + std::min(argc, 1), argv + argc));
+  return vexo::app::callMain(argc, argv);
 }
