@@ -215,17 +215,25 @@ public:
   static constexpr char toolTip[] = "Weight of each bin of differences in value";
 };
 
-/// Gaussian smoothing: standard deviations in samples. The kernel builder refuses a negative one and one that
-/// is not finite.
-class InStdDevX : public processor::Attribute<InStdDevX, float> {
+/// Gaussian smoothing: standard deviations in samples.
+template <class Derived>
+class StdDev : public processor::Attribute<Derived, float> {
+public:
+  static BoolResult check(float value) {
+    const BoolResult finite = processor::checkFinite(value);
+    if (!finite || value >= 0) return finite;
+    return BoolResult::failure(ScalarText<float>::toText(value) + " is negative");
+  }
+};
+class InStdDevX : public StdDev<InStdDevX> {
 public:
   static constexpr char toolTip[] = "Standard deviation along X, in pixels; 0 leaves this axis as it is";
 };
-class InStdDevY : public processor::Attribute<InStdDevY, float> {
+class InStdDevY : public StdDev<InStdDevY> {
 public:
   static constexpr char toolTip[] = "Standard deviation along Y, in pixels; 0 leaves this axis as it is";
 };
-class InStdDevZ : public processor::Attribute<InStdDevZ, float> {
+class InStdDevZ : public StdDev<InStdDevZ> {
 public:
   static constexpr char toolTip[] = "Standard deviation along Z, in slices; 0 leaves this axis as it is";
 };
