@@ -27,14 +27,18 @@ std::uint64_t getMaxImageBytes() {
   return bytes ? bytes : getPhysicalMemory();
 }
 
+void checkBytes(const File& file, std::uint64_t bytes, const std::string& what) {
+  if (const std::uint64_t most = getMaxImageBytes(); bytes > most)
+    raiseFileError(VEXO_HERE, file, what, " takes ", bytes, " bytes, more than the limit of ", most,
+                   " (setMaxImageBytes, --max-image-bytes)");
+}
+
 void checkImageBytes(const File& file, const ImageGeometry& g, eImageBufferType type) {
   std::uint64_t bytes = getSampleSize(type);
   for (const std::size_t size : {g.x, g.y, g.z, g.c, g.t})
     if (__builtin_mul_overflow(bytes, size, &bytes))
       raiseFileError(VEXO_HERE, file, "an image of ", toString(g), " is too large for any memory");
-  if (const std::uint64_t most = getMaxImageBytes(); bytes > most)
-    raiseFileError(VEXO_HERE, file, "an image of ", toString(g), " of ", toString(type), " takes ", bytes,
-                   " bytes, more than the limit of ", most, " (setMaxImageBytes, --max-image-bytes)");
+  checkBytes(file, bytes, "an image of " + toString(g) + " of " + toString(type));
 }
 
 }  // namespace vexo::image::io

@@ -16,6 +16,8 @@ namespace {
 constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
 /// A file of a few bytes may stand for so many all the same: constant tiles cost next to nothing.
 constexpr std::uint64_t freeBytes = std::uint64_t(4) << 20;
+/// Tiles may be larger than the image, but not by more than this.
+constexpr std::uint64_t usualTileBytes = std::uint64_t(64) << 20;
 
 /// How the current page stores its samples: in strips or tiles ("blocks") of `channels` interleaved channels,
 /// one series of blocks per plane.
@@ -27,7 +29,8 @@ struct Page {
 
   std::uint64_t getBlocksAcross() const { return (std::uint64_t(width) + blockWidth - 1) / blockWidth; }
   std::uint64_t getBlocksDown() const { return (std::uint64_t(height) + blockHeight - 1) / blockHeight; }
-  std::uint64_t getRowBytes() const { return std::uint64_t(blockWidth) * channels * getSampleSize(type); }
+  std::uint64_t getPixelBytes() const { return std::uint64_t(channels) * getSampleSize(type); }
+  std::uint64_t getRowBytes() const { return blockWidth * getPixelBytes(); }
 };
 
 struct Block {
@@ -232,6 +235,11 @@ void TiffReader::checkBlock(const Page& page, const Block& block) {
   const TiffCodec codec = getCodec(page.compression);
   if (codec.isPerBlock && bytes / codec.largestExpansion > count)
     refuse("of ", bytes, " bytes cannot come from ", count, " bytes");
+  // A strip is no larger than the image.
+  const std::uint64_t pageBytes = multiply(multiply(page.width, page.height), page.getPixelBytes());
+  if (bytes > add(pageBytes, usualTileBytes))
+    refuse("takes ", bytes, " bytes, but the image only ", pageBytes, ": save it with smaller tiles");
+  if (page.tiled) checkBytes(_file, bytes, "a tile");
   if (!codec.isPerBlock) {
     _loose = add(_loose, bytes);
     _loosePlausible = add(_loosePlausible, multiply(count, codec.largestExpansion));

@@ -78,6 +78,60 @@ TEST_F(ImageIO, SmallFilesTakeLittleMemory) {
     }
 }
 
+/// Tiles of 100 Mi samples for an image of 256.
+TEST_F(ImageIO, TilesAreNotMuchLargerThanTheImage) {
+  std::vector<RawField> fields = makeFields(16, 16, 16, COMPRESSION_ADOBE_DEFLATE, {8}, {1 << 20});
+  const auto writeTile = [&](std::uint32_t side) {
+    fields.resize(5);
+    fields.insert(fields.end(),
+                  {{277, 3, {1}}, {322, 4, {side}}, {323, 4, {side}}, {324, 4, {8}}, {325, 4, {1 << 20}}});
+    writeRawTiff(at("a.tif"), 1 << 20, fields);
+  };
+  writeTile(10240);
+  {
+    const LittleMemory memory;
+    expectUnreadable(at("a.tif"), "tile 1 of page 1 takes 104857600 bytes, but the image only 256");
+  }
+  writeTile(1024);
+  EXPECT_NO_THROW(readImageInfo(at("a.tif")));
+  setMaxImageBytes(1 << 20);
+  EXPECT_NO_THROW(readImageInfo(at("a.tif")));
+  setMaxImageBytes((1 << 20) - 1);
+  expectUnreadable(at("a.tif"), "a tile takes 1048576 bytes, more than the limit");
+  setMaxImageBytes(0);
+}
+
+TEST_F(ImageIO, NotesOfPngsAreNotKept) {
+  const auto addNotes = [](png_structp png, png_infop info) {
+    std::string words(7900000, 'a');
+    for (int i = 0; i < 20; ++i) {
+      png_text text{};
+      text.compression = i % 2 ? PNG_TEXT_COMPRESSION_zTXt : PNG_ITXT_COMPRESSION_zTXt;
+      std::string key = "key";
+      text.key = key.data(), text.text = words.data();
+      png_set_text(png, info, &text, 1);
+    }
+    png_set_pHYs(png, info, 2000000, 4000000, PNG_RESOLUTION_METER);
+  };
+  writeRawPng(at("a.png"), 2, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {{1, 2}}, 0, addNotes);
+  const LittleMemory memory;
+  ImageInfo info;
+  EXPECT_EQ(2, readImage(at("a.png"), &info)->getRow<std::uint8_t>(0)[1]);
+  EXPECT_DOUBLE_EQ(0.5, info.calibration.pixelWidth);
+  EXPECT_DOUBLE_EQ(0.25, info.calibration.pixelHeight);
+}
+
+TEST_F(ImageIO, AnimatedPngsAreRefused) {
+  const auto animate = [](png_structp png, png_infop info) {
+    png_byte counts[] = {0, 0, 0, 2, 0, 0, 0, 0};
+    png_unknown_chunk chunk{{'a', 'c', 'T', 'L', 0}, counts, sizeof(counts), PNG_HAVE_IHDR};
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, nullptr, 0);
+    png_set_unknown_chunks(png, info, &chunk, 1);
+  };
+  writeRawPng(at("a.png"), 2, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {{1, 2}}, 0, animate);
+  expectUnreadable(at("a.png"), "animated PNG");
+}
+
 TEST_F(ImageIO, StripsLieBehindTheHeaderAndWithinTheFile) {
   const std::vector<std::uint32_t> offsets = {8, 12, 16, 20}, counts = {4, 4, 4, 4};
   struct Case {

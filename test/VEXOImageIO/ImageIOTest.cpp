@@ -176,6 +176,13 @@ TEST_F(ImageIO, DecodedBytesAreLimited) {
     EXPECT_NO_THROW(readImage(at(name)));
     setMaxImageBytes(0);
   }
+  // The rows of an interlaced file are kept besides.
+  writeRawPng(at("a.png"), 3, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_ADAM7, {{1, 2, 3}, {4, 5, 6}});
+  setMaxImageBytes(11);
+  expectUnreadable(at("a.png"), "takes 12 bytes, more than the limit of 11");
+  setMaxImageBytes(12);
+  EXPECT_NO_THROW(readImage(at("a.png")));
+  setMaxImageBytes(0);
 }
 
 }  // namespace

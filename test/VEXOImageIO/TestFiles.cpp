@@ -1,7 +1,5 @@
 #include "TestFiles.h"
 
-#include <png.h>
-
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -84,7 +82,8 @@ void fillByIndex(int page, int index, Bytes& bytes) {
 }
 
 void writeRawPng(const std::string& path, int width, int depth, int colour, int interlace,
-                 std::vector<Bytes> rows, int statedHeight) {
+                 std::vector<Bytes> rows, int statedHeight,
+                 const std::function<void(png_structp, png_infop)>& addChunks) {
   std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path.c_str(), "wb"), fclose);
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png_create_info_struct(png);
@@ -94,6 +93,7 @@ void writeRawPng(const std::string& path, int width, int depth, int colour, int 
                interlace, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
   const png_color palette[] = {{1, 2, 3}, {40, 50, 60}};
   if (colour == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 2);
+  if (addChunks) addChunks(png, info);
   png_write_info(png, info);
   std::vector<unsigned char*> pointers;
   for (Bytes& row : rows) pointers.push_back(row.data());

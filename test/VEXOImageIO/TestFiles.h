@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <png.h>
 #include <tiffio.h>
 #include <unistd.h>
 
@@ -54,7 +55,8 @@ void fillByIndex(int page, int index, Bytes& bytes);
 /// A PNG whose rows have the given bytes, as libpng takes them without any change. With a `statedHeight` it
 /// ends where the rows begin.
 void writeRawPng(const std::string& path, int width, int depth, int colour, int interlace,
-                 std::vector<Bytes> rows, int statedHeight = 0);
+                 std::vector<Bytes> rows, int statedHeight = 0,
+                 const std::function<void(png_structp, png_infop)>& addChunks = {});
 
 /// An entry of a directory, as the file has it: numbers of 16 bits (type 3) or 32 (type 4), or the characters
 /// of a text (type 2).
