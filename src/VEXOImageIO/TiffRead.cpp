@@ -261,7 +261,10 @@ void TiffReader::readCalibration() {
   const bool isInch = unit == RESUNIT_INCH, isCentimetre = unit == RESUNIT_CENTIMETER;
   // What programs write that know nothing of the size.
   const bool isUnknown = isInch ? x == 72 && y == 72 : !isCentimetre && x == 1 && y == 1;
-  if (isUnknown || !isKnown(static_cast<double>(x)) || !isKnown(static_cast<double>(y))) return;
+  const auto label = readImageJLabel(_description);
+  if ((isUnknown && !(label && !label->calibration.unit.empty())) || !isKnown(static_cast<double>(x)) ||
+      !isKnown(static_cast<double>(y)))
+    return;
   Calibration& calibration = _info.calibration;
   calibration.pixelWidth = toPixelSize(x);
   calibration.pixelHeight = toPixelSize(y);
@@ -291,7 +294,8 @@ void TiffReader::dividePages() {
 void TiffReader::divideByLabel(ImageJLabel& label) {
   Calibration& calibration = label.calibration;
   calibration.pixelWidth = _info.calibration.pixelWidth;
-  calibration.pixelHeight = _info.calibration.pixelHeight;
+  calibration.pixelHeight = convertSize(_info.calibration.pixelHeight, label.heightUnit, calibration.unit);
+  if (!isKnown(calibration.pixelHeight)) calibration.pixelWidth = 0;
   if (calibration.unit.empty()) calibration.unit = _info.calibration.unit;
   _info.calibration = calibration;
 
@@ -308,9 +312,6 @@ void TiffReader::divideByLabel(ImageJLabel& label) {
     raiseFileError(VEXO_HERE, _file, "its metadata state ", stated, " pages, but it has only ", found);
   _order.z = found;
   if (product != found) return;
-  if (c > 1 && _first.samples > 1)
-    raiseFileError(VEXO_HERE, _file, "pages of ", _first.samples,
-                   " samples per pixel cannot be divided into ", c, " channels");
   std::string letters = label.order;
   std::sort(letters.begin(), letters.end());
   if (label.order.rfind("xy", 0) != 0 || letters != "ctxyz")

@@ -59,6 +59,11 @@ void writePages(const std::string& path, const char* mode, const std::vector<Tif
           {p.tile ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, p.tile ? p.tile : p.rowsPerStrip}})
       TIFFSetField(tiff, tag, value);
     if (p.tile) TIFFSetField(tiff, TIFFTAG_TILELENGTH, p.tile);
+    if (p.across > 0) {
+      TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_NONE);
+      for (const std::uint32_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION})
+        TIFFSetField(tiff, tag, static_cast<double>(p.across));
+    }
     if (p.compression == COMPRESSION_JPEG) TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     if (p.photometric == PHOTOMETRIC_PALETTE) {
       std::uint16_t map[256] = {};

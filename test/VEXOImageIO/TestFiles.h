@@ -44,6 +44,7 @@ struct TiffPage {
   int width = 5, height = 4, samples = 1, bits = 8, format = SAMPLEFORMAT_UINT;
   int photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG, compression = COMPRESSION_NONE;
   int tile = 0, rowsPerStrip = 3;
+  float across = 0;  ///< pixels per unit, of no name; none when 0
 };
 
 /// Changes the bytes of strip or tile `index` of page `page`.
