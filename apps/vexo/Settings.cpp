@@ -87,8 +87,8 @@ void setMaxImageBytes(const std::optional<std::string>& word) {
   if (!word) return;
   const std::uint64_t bytes = parseBytes(*word);
   if (bytes == 0)
-    throw UsageError("--max-image-bytes: '" + *word +
-                     "' is not a number of bytes, from 1, such as 512M or 16G");
+    throw UsageError("--max-image-bytes: " + quote(*word) +
+                     " is not a number of bytes, from 1, such as 512M or 16G");
   image::io::setMaxImageBytes(bytes);
 }
 
