@@ -81,6 +81,7 @@ private:
   void scan();
   Page readPage();
   void checkSame(const Page& page, std::size_t index) const;
+  void checkPlanes();
   void readLayout(Page& page);
   void checkBlocks(const Page& page);
   void checkBlock(const Page& page, const Block& block);
@@ -123,7 +124,7 @@ void TiffReader::scan() {
   readCalibration();
   for (;; ++_directory) {
     _tiff.check(true);
-    if ((getField<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & FILETYPE_REDUCEDIMAGE) == 0) {
+    if ((getField<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) == 0) {
       const Page page = readPage();
       if (_pages.empty()) _first = page;
       checkSame(page, _directory);
@@ -136,9 +137,11 @@ void TiffReader::scan() {
     _tiff.check(TIFFReadDirectory(tiff) == 1);
   }
   _tiff.check(true);
-  if (_pages.empty()) raiseFileError(VEXO_HERE, _file, "it holds nothing but images of reduced resolution");
+  if (_pages.empty())
+    raiseFileError(VEXO_HERE, _file, "it holds nothing but images of reduced resolution and masks");
   checkExpansion();
   dividePages();
+  _file.limitReading(File::unlimited);
 }
 
 void TiffReader::checkSame(const Page& page, std::size_t index) const {
@@ -174,6 +177,7 @@ Page TiffReader::readPage() {
     if (const auto depth = getField<std::uint32_t>(tag, 1); depth > 1)
       raiseFileError(VEXO_HERE, _file, tag == TIFFTAG_IMAGEDEPTH ? "ImageDepth " : "TileDepth ", depth,
                      " is not supported: save each slice as a page of its own");
+  checkPlanes();
   if (photometric == PHOTOMETRIC_YCBCR) TIFFSetField(_tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   // With its other decoder libtiff reports success, and delivers nothing, for a strip that holds more than is
   // asked for.
@@ -181,6 +185,18 @@ Page TiffReader::readPage() {
     TIFFSetField(_tiff.get(), TIFFTAG_DEFLATE_SUBCODEC, DEFLATE_SUBCODEC_ZLIB);
   readLayout(page);
   return page;
+}
+
+/// Stacks of some microscopes have a private tag with a value for each plane behind their only directory.
+void TiffReader::checkPlanes() {
+  constexpr std::uint32_t planesTag = 33629;
+  const TIFFField* field = TIFFFindField(_tiff.get(), planesTag, TIFF_ANY);
+  std::uint32_t planes = 0;
+  const void* values = nullptr;
+  if (!field || !TIFFFieldPassCount(field) || TIFFFieldReadCount(field) != TIFF_VARIABLE2) return;
+  if (TIFFGetField(_tiff.get(), planesTag, &planes, &values) == 1 && planes > 1)
+    raiseFileError(VEXO_HERE, _file, "stacks in the format STK are not supported (", planes,
+                   " planes): save a page for each plane");
 }
 
 void TiffReader::readLayout(Page& page) {
@@ -233,6 +249,9 @@ void TiffReader::checkBlock(const Page& page, const Block& block) {
   if (count > _fileSize - _storedBytes)
     refuse("does not fit: with it the strips and tiles have more bytes than the file, ", _fileSize);
   const TiffCodec codec = getCodec(page.compression);
+  if (const std::uint64_t largest = TiffHandle::getLargestWhole(_file); codec.isWhole && bytes > largest)
+    refuse("of ", bytes, " bytes cannot come from ", _fileSize, " bytes, at most ", largest,
+           " do in this compression: save it with smaller strips or tiles, or with another");
   if (codec.isPerBlock && bytes / codec.largestExpansion > count)
     refuse("of ", bytes, " bytes cannot come from ", count, " bytes");
   // A strip is no larger than the image.

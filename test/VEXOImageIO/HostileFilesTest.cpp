@@ -78,6 +78,64 @@ TEST_F(ImageIO, SmallFilesTakeLittleMemory) {
     }
 }
 
+TEST_F(ImageIO, DirectoriesThatShareTheirDataAreRefused) {
+  const auto write = [&](int pages) {
+    std::vector<RawField> fields = makeFields(1, 1, 1, COMPRESSION_NONE, {8}, {1});
+    fields.insert(fields.begin() + 5, {270, 2, {'a', 'b', 'c', 0}});
+    writeRawTiff(at("a.tif"), 2 << 20, fields, pages);
+    // Each text is all of the samples.
+    Bytes bytes = readBytes(at("a.tif"));
+    bytes[(2 << 20) + 7] = 0;
+    const unsigned char before[] = {14, 1, 2, 0, 4, 0, 0, 0},
+                        after[] = {14, 1, 2, 0, 0, 0, 32, 0, 8, 0, 0, 0};
+    auto at = bytes.begin() + (2 << 20);
+    for (int i = 0; i < pages; ++i)
+      std::copy_n(after, 12, at = std::search(at, bytes.end(), before, before + 8));
+    writeBytes(this->at("a.tif"), bytes.data(), bytes.size());
+  };
+  write(20);
+  EXPECT_EQ(20u, readImage(at("a.tif"))->getSizeZ());
+  write(200);
+  expectUnreadable(at("a.tif"), "the same bytes many times over");
+}
+
+TEST_F(ImageIO, StacksBehindOneDirectoryWithoutALabelAreNamed) {
+  for (const std::uint32_t planes : {1, 3}) {
+    std::vector<RawField> fields = makeFields(4, 4, 4, COMPRESSION_NONE, {8}, {16});
+    fields.push_back({33629, 5, std::vector<std::uint32_t>(planes, 1)});
+    writeRawTiff(at("a.tif"), 48, fields);
+    if (planes > 1)
+      expectUnreadable(at("a.tif"), "STK are not supported (3 planes): save a page");
+    else
+      EXPECT_NO_THROW(readImage(at("a.tif")));
+  }
+}
+
+TEST_F(ImageIO, MasksAreNoPages) {
+  TiffPage mask;
+  mask.kind = FILETYPE_MASK, mask.bits = 1;
+  writePages(at("a.tif"), "w", {TiffPage(), mask}, "", fillByIndex);
+  EXPECT_EQ(1u, readImageInfo(at("a.tif")).geometry.z);
+  writePages(at("a.tif"), "w", {mask}, "", fillByIndex);
+  expectUnreadable(at("a.tif"), "masks");
+}
+
+/// Blocks that a decoder holds as a whole are read up to what the manual states, whatever libtiff would hold.
+TEST_F(ImageIO, ConstantBlocksAreReadUpToTheirBound) {
+  for (const int compression : {COMPRESSION_LERC, COMPRESSION_PIXARLOG})
+    for (const bool fits : {true, false}) {
+      SCOPED_TRACE(testing::Message() << compression << ' ' << fits);
+      TiffPage page;
+      page.compression = compression, page.width = 4096, page.height = fits ? 4000 : 6000;
+      page.rowsPerStrip = page.height;
+      writePages(at("a.tif"), "w", {page}, "", [](int, int, Bytes& bytes) { bytes.assign(bytes.size(), 0); });
+      if (fits)
+        EXPECT_NO_THROW(readImage(at("a.tif")));
+      else
+        expectUnreadable(at("a.tif"), "smaller strips or tiles");
+    }
+}
+
 /// Tiles of 100 Mi samples for an image of 256.
 TEST_F(ImageIO, TilesAreNotMuchLargerThanTheImage) {
   std::vector<RawField> fields = makeFields(16, 16, 16, COMPRESSION_ADOBE_DEFLATE, {8}, {1 << 20});

@@ -48,7 +48,8 @@ void writePages(const std::string& path, const char* mode, const std::vector<Tif
   for (std::size_t i = 0; i < pages.size(); ++i) {
     const TiffPage& p = pages[i];
     for (const auto& [tag, value] :
-         {std::pair<int, int>{TIFFTAG_IMAGEWIDTH, p.width},
+         {std::pair<int, int>{TIFFTAG_SUBFILETYPE, p.kind},
+          {TIFFTAG_IMAGEWIDTH, p.width},
           {TIFFTAG_IMAGELENGTH, p.height},
           {TIFFTAG_SAMPLESPERPIXEL, p.samples},
           {TIFFTAG_BITSPERSAMPLE, p.bits},
@@ -124,14 +125,18 @@ void writeRawTiff(const std::string& path, std::size_t data, const std::vector<R
     put(link, 0, 4);
     for (std::size_t i = 0; i < fields.size(); ++i) {
       const RawField& field = fields[i];
-      const std::size_t entry = directory + 2 + 12 * i, size = field.type == 2 ? 1 : field.type == 3 ? 2 : 4;
+      const std::size_t entry = directory + 2 + 12 * i, size = field.type == 2   ? 1
+                                                               : field.type == 3 ? 2
+                                                               : field.type == 5 ? 8
+                                                                                 : 4;
       put(entry, field.tag, 2);
       put(entry + 2, field.type, 2);
       put(entry + 4, field.values.size(), 4);
       put(entry + 8, 0, 4);
       std::size_t at = entry + 8;
       if (size * field.values.size() > 4) put(at, bytes.size(), 4), at = bytes.size();
-      for (const std::uint32_t value : field.values) put(at, value, size), at += size;
+      for (const std::uint32_t value : field.values)
+        put(at, field.type == 5 ? value | std::size_t(1) << 32 : value, size), at += size;
     }
   }
   writeBytes(path, bytes.data(), bytes.size());

@@ -44,6 +44,7 @@ struct TiffPage {
   int width = 5, height = 4, samples = 1, bits = 8, format = SAMPLEFORMAT_UINT;
   int photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG, compression = COMPRESSION_NONE;
   int tile = 0, rowsPerStrip = 3;
+  int kind = 0;
   float across = 0;  ///< pixels per unit, of no name; none when 0
 };
 
@@ -59,8 +60,8 @@ void writeRawPng(const std::string& path, int width, int depth, int colour, int 
                  std::vector<Bytes> rows, int statedHeight = 0,
                  const std::function<void(png_structp, png_infop)>& addChunks = {});
 
-/// An entry of a directory, as the file has it: numbers of 16 bits (type 3) or 32 (type 4), or the characters
-/// of a text (type 2).
+/// An entry of a directory, as the file has it: numbers of 16 bits (type 3) or 32 (type 4), the characters of
+/// a text (type 2), or numbers over 1 (type 5).
 struct RawField {
   unsigned tag, type;
   std::vector<std::uint32_t> values;
