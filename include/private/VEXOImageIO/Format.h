@@ -18,7 +18,8 @@ boost::shared_ptr<Image> readPng(File& file, ImageInfo& info);
 BoolResult canWritePng(const ImageGeometry& geometry, eImageBufferType type);
 void writePng(File& file, const Image& image, const Calibration& calibration);
 
-/// The memory that the control groups of a process may take, of those that the file `list` names, below `root`.
+/// The memory that the control groups of a process may take, of those that the file `list` names, below
+/// `root`.
 VEXO_API std::uint64_t getGroupMemory(const std::string& list, const std::string& root);
 /// Throws when `what` takes more bytes than getMaxImageBytes().
 void checkBytes(const File& file, std::uint64_t bytes, const std::string& what);
