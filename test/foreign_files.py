@@ -90,6 +90,9 @@ class ForeignFiles(unittest.TestCase):
                         self.check(image.reshape([dict(zip(axes, shape)).get(axis, 1) for axis in "TZCYX"]))
             tifffile.imwrite("in.tif", rgb, imagej=True, metadata={"axes": "TZYXS"}, **form)
             self.check(np.moveaxis(rgb, -1, 2))
+            colours = make((4, 9, 7, 3), "uint8")  # colour pixels in four channels
+            tifffile.imwrite("in.tif", colours, imagej=True, **form)
+            self.check(np.moveaxis(colours, -1, 1).reshape(1, 1, 12, 9, 7))
 
     def test_imagej_calibration(self):
         label = {"axes": "ZCYX", "unit": "\\u00B5m", "spacing": 0.75, "finterval": 1.5, "mode": "composite"}
@@ -141,6 +144,9 @@ class ForeignFiles(unittest.TestCase):
         runs = part.format(3, 0, 0, ' PlaneCount="3"') + part.format(0, 0, 1, ' PlaneCount="3"')
         self.write_ome(lambda xml: xml.replace("DATA", runs))
         self.check(pages[[3, 0, 4, 1, 5, 2]].reshape(1, 3, 2, 9, 7))
+        for old, new in (("<?xml", "\ufeff <?xml"), ("</OME>", "</OME><!-- end -->"), ("OME", "ome:OME")):
+            self.write_ome(lambda xml: xml.replace("DATA", "").replace(old, new).replace("xmlns", "xmlns:ome").encode())
+            self.check(pages[[0, 3, 1, 4, 2, 5]].reshape(1, 3, 2, 9, 7))
         for data in ("", "<TiffData/>", '<TiffData><UUID FileName="other.tif">urn:uuid:1</UUID></TiffData>'):
             self.write_ome(lambda xml: xml.replace("DATA", data))
             self.check(pages[[0, 3, 1, 4, 2, 5]].reshape(1, 3, 2, 9, 7))

@@ -77,18 +77,17 @@ std::uint64_t parseBytes(std::string text) {
 }  // namespace
 
 void addMaxImageBytes(CLI::App& app, std::optional<std::string>& word) {
-  addValue(
-      app, "--max-image-bytes", word, "N",
-      "Bytes that the samples of an image file may take, with suffix K, M, G or T; by default as many as "
-      "this machine has memory");
+  addValue(app, "--max-image-bytes", word, "N",
+           "Bytes that the samples of an image file may take, with suffix K, M, G or T; by default half of "
+           "the memory that this machine or its control group has");
 }
 
 void setMaxImageBytes(const std::optional<std::string>& word) {
   if (!word) return;
   const std::uint64_t bytes = parseBytes(*word);
   if (bytes == 0)
-    throw UsageError("--max-image-bytes: '" + *word +
-                     "' is not a number of bytes, from 1, such as 512M or 16G");
+    throw UsageError("--max-image-bytes: " + quote(*word) +
+                     " is not a number of bytes, from 1, such as 512M or 16G");
   image::io::setMaxImageBytes(bytes);
 }
 

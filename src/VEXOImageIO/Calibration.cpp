@@ -160,6 +160,12 @@ double getSeconds(const std::string& unit) {
   return findFactor(std::begin(units), std::end(units), unit);
 }
 
+double convertSize(double size, const std::string& from, const std::string& to) {
+  if (from == to) return size;
+  const double factor = getMetres(from) / getMetres(to);
+  return isKnown(factor) ? roundTo(12, size * factor) : 0;
+}
+
 double toPixelSize(float pixelsPerUnit) {
   const double exact = 1 / static_cast<double>(pixelsPerUnit);
   for (int digits = 1; digits <= 6; ++digits) {
@@ -192,13 +198,25 @@ std::optional<std::pair<std::uint32_t, std::uint32_t>> toFraction(double value) 
 
 std::optional<ImageJLabel> readImageJLabel(const std::string& text) {
   if (text.rfind("ImageJ=", 0) != 0) return std::nullopt;
-  ImageJLabel label{findCount(text, "images"), findCount(text, "channels"), findCount(text, "slices"),
-                    findCount(text, "frames"), findValue(text, "order"),    {}};
+  ImageJLabel label{findCount(text, "images"),
+                    findCount(text, "channels"),
+                    findCount(text, "slices"),
+                    findCount(text, "frames"),
+                    findValue(text, "order"),
+                    {},
+                    {}};
   if (label.order.empty()) label.order = "xyczt";
   Calibration& calibration = label.calibration;
   calibration.unit = unescape(findValue(text, "unit"));
   if (calibration.unit.size() > 64 || calibration.unit == "pixel") calibration.unit.clear();
-  calibration.spacing = parsePositive(findValue(text, "spacing"));
+  // Only units that differ from that of the width are said.
+  const auto findUnit = [&](const char* key) {
+    const std::string unit = unescape(findValue(text, key));
+    return unit.empty() ? calibration.unit : unit;
+  };
+  label.heightUnit = findUnit("yunit");
+  calibration.spacing =
+      convertSize(parsePositive(findValue(text, "spacing")), findUnit("zunit"), calibration.unit);
   const std::string timeUnit = findValue(text, "tunit");
   calibration.frameInterval =
       parsePositive(findValue(text, "finterval")) * (timeUnit.empty() ? 1 : getSeconds(unescape(timeUnit)));

@@ -27,6 +27,9 @@ std::uint64_t File::getSize() const noexcept {
 }
 
 std::size_t File::read(void* to, std::size_t size) noexcept {
+  if (size > _readable) _hasReadTooMuch = true;
+  if (_hasReadTooMuch) return 0;
+  if (_readable != unlimited) _readable -= size;
   std::size_t done = 0;
   while (done < size) {
     const ssize_t n =
@@ -89,6 +92,7 @@ bool File::close() noexcept {
 
 std::string File::getFailure() const {
   if (_errno != 0) return describeErrno(_errno);
+  if (_hasReadTooMuch) return "its directories state the same bytes many times over";
   return _endedEarly ? "the file ends early" : "";
 }
 

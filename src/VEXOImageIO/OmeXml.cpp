@@ -52,7 +52,8 @@ private:
 
 PlaneOrder OmeReader::read(const std::string& description, Calibration& calibration) {
   pugi::xml_document document;
-  const auto result = document.load_buffer(description.data(), description.size());
+  const std::size_t start = description.find('<');  // behind a byte order mark and blanks
+  const auto result = document.load_buffer(description.data() + start, description.size() - start);
   if (!result) refuse("is damaged: ", result.description());
   xml_node ome;
   for (const xml_node& node : getChildren(document, "OME")) ome = node;
@@ -85,10 +86,7 @@ PlaneOrder OmeReader::read(const std::string& description, Calibration& calibrat
   };
   const auto readSize = [&](const char* name) { return parsePositive(pixels.attribute(name).as_string()); };
   const auto convert = [&](const char* name, const char* unitName) {
-    const std::string unit = readUnit(unitName);
-    if (unit == calibration.unit) return readSize(name);
-    const double factor = getMetres(unit) / getMetres(calibration.unit);
-    return isKnown(factor) ? roundTo(12, readSize(name) * factor) : 0;
+    return convertSize(readSize(name), readUnit(unitName), calibration.unit);
   };
   calibration = {};
   calibration.unit = readUnit(isKnown(readSize("PhysicalSizeX")) ? "PhysicalSizeXUnit" : "PhysicalSizeZUnit");
@@ -201,9 +199,11 @@ PlaneOrder::Place PlaneOrder::find(std::size_t image) const {
 }
 
 bool isOmeXml(const std::string& description) {
-  const std::size_t end = description.find_last_not_of(" \t\r\n");
-  const bool isXml = description.rfind("<", 0) == 0;
-  return isXml && end != std::string::npos && end >= 4 && description.compare(end - 3, 4, "OME>") == 0;
+  const std::size_t mark = description.rfind("\xEF\xBB\xBF", 0) == 0 ? 3 : 0;
+  const std::size_t start = description.find_first_not_of(" \t\r\n", mark);
+  const bool isXml = start != std::string::npos && description[start] == '<';
+  return isXml &&
+         (description.find("<OME") != std::string::npos || description.find(":OME") != std::string::npos);
 }
 
 PlaneOrder readOmeXml(const File& file, const std::string& description, const OmePages& pages,

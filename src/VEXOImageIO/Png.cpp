@@ -88,7 +88,12 @@ struct PngLayout {
   std::size_t width = 0, height = 0, channels = 0, bits = 0, rowBytes = 0, storedRowBytes = 0;
   int passes = 1;
   std::uint32_t pixelsPerMetreX = 0, pixelsPerMetreY = 0;
+  bool isAnimated = false;
 };
+
+png_const_bytep nameOf(const char* chunk) {
+  return reinterpret_cast<png_const_bytep>(chunk);
+}
 
 /// Throws, before libpng asks for memory, when the file cannot hold what its header states.
 PngLayout readLayout(const File& file, PngHandle& handle) {
@@ -96,13 +101,21 @@ PngLayout readLayout(const File& file, PngHandle& handle) {
   handle.attempt([&handle, &layout] {
     png_structp png = handle.png();
     png_infop info = handle.info();
+    // Notes unfold to any size: none of the optional chunks that libpng would keep is read, but for these.
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_AS_DEFAULT, nameOf("pHYs"), 1);
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, nameOf("acTL"), 1);
     png_read_info(png, info);
+    png_unknown_chunkp kept = nullptr;
+    layout.isAnimated = png_get_unknown_chunks(png, info, &kept) > 0;
     layout.width = png_get_image_width(png, info);
     layout.height = png_get_image_height(png, info);
     layout.storedRowBytes = png_get_rowbytes(png, info);
     layout.pixelsPerMetreX = png_get_x_pixels_per_meter(png, info);
     layout.pixelsPerMetreY = png_get_y_pixels_per_meter(png, info);
   });
+  if (layout.isAnimated)
+    raiseFileError(VEXO_HERE, file, "animated PNG is not supported: save each frame as a file of its own");
   if (layout.storedRowBytes > std::numeric_limits<std::size_t>::max() / layout.height ||
       layout.height * layout.storedRowBytes / largestExpansion > file.getSize())
     raiseFileError(VEXO_HERE, file, "its ", file.getSize(), " bytes cannot hold an image of ", layout.width,
@@ -152,6 +165,10 @@ ImageInfo toInfo(const File& file, const PngLayout& layout) {
   info.type = layout.bits == 16 ? eImageBufferType::UInt16 : eImageBufferType::UInt8;
   info.calibration = toCalibration(layout);
   checkImageBytes(file, info.geometry, info.type);
+  // The rows are kept besides the image until they are whole.
+  if (layout.passes > 1)
+    checkBytes(file, 2 * layout.height * layout.rowBytes,
+               "an interlaced image of " + toString(info.geometry));
   return info;
 }
 

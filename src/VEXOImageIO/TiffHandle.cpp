@@ -30,12 +30,17 @@ toff_t sizeOf(thandle_t handle) {
 
 }  // namespace
 
+std::uint64_t TiffHandle::getLargestWhole(const File& file) {
+  constexpr std::uint64_t most = std::uint64_t(1) << 54;
+  return (std::uint64_t(16) << 20) + 64 * std::min(file.getSize(), most);
+}
+
 TiffHandle::TiffHandle(File& file, const char* mode) : _file(file) {
   if (TIFFOpenOptions* options = TIFFOpenOptionsAlloc()) {
-    // libtiff believes numbers of a directory before this module can ask what the file makes plausible.
-    constexpr std::uint64_t floor = std::uint64_t(16) << 20, most = std::uint64_t(1) << 62;
-    const std::uint64_t bytes = floor + 64 * std::min(file.getSize(), most / 128);
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(bytes));
+    // libtiff believes numbers of a directory before this module can ask what the file makes plausible. Its
+    // decoders ask for up to twice the size of a block, and a little more.
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(3 * getLargestWhole(file)));
+    file.limitReading((std::uint64_t(64) << 20) + 16 * std::min(file.getSize(), File::unlimited / 32));
     TIFFOpenOptionsSetErrorHandlerExtR(options, keepError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, keepWarning, this);
     _tiff = TIFFClientOpenExt("TIFF", mode, &file, readBytes, writeNothing, seekTo, leaveOpen, sizeOf,

@@ -16,6 +16,8 @@ namespace {
 constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
 /// A file of a few bytes may stand for so many all the same: constant tiles cost next to nothing.
 constexpr std::uint64_t freeBytes = std::uint64_t(4) << 20;
+/// Tiles may be larger than the image, but not by more than this.
+constexpr std::uint64_t usualTileBytes = std::uint64_t(64) << 20;
 
 /// How the current page stores its samples: in strips or tiles ("blocks") of `channels` interleaved channels,
 /// one series of blocks per plane.
@@ -27,7 +29,8 @@ struct Page {
 
   std::uint64_t getBlocksAcross() const { return (std::uint64_t(width) + blockWidth - 1) / blockWidth; }
   std::uint64_t getBlocksDown() const { return (std::uint64_t(height) + blockHeight - 1) / blockHeight; }
-  std::uint64_t getRowBytes() const { return std::uint64_t(blockWidth) * channels * getSampleSize(type); }
+  std::uint64_t getPixelBytes() const { return std::uint64_t(channels) * getSampleSize(type); }
+  std::uint64_t getRowBytes() const { return blockWidth * getPixelBytes(); }
 };
 
 struct Block {
@@ -78,6 +81,7 @@ private:
   void scan();
   Page readPage();
   void checkSame(const Page& page, std::size_t index) const;
+  void checkPlanes();
   void readLayout(Page& page);
   void checkBlocks(const Page& page);
   void checkBlock(const Page& page, const Block& block);
@@ -120,7 +124,7 @@ void TiffReader::scan() {
   readCalibration();
   for (;; ++_directory) {
     _tiff.check(true);
-    if ((getField<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & FILETYPE_REDUCEDIMAGE) == 0) {
+    if ((getField<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) == 0) {
       const Page page = readPage();
       if (_pages.empty()) _first = page;
       checkSame(page, _directory);
@@ -133,9 +137,11 @@ void TiffReader::scan() {
     _tiff.check(TIFFReadDirectory(tiff) == 1);
   }
   _tiff.check(true);
-  if (_pages.empty()) raiseFileError(VEXO_HERE, _file, "it holds nothing but images of reduced resolution");
+  if (_pages.empty())
+    raiseFileError(VEXO_HERE, _file, "it holds nothing but images of reduced resolution and masks");
   checkExpansion();
   dividePages();
+  _file.limitReading(File::unlimited);
 }
 
 void TiffReader::checkSame(const Page& page, std::size_t index) const {
@@ -171,6 +177,7 @@ Page TiffReader::readPage() {
     if (const auto depth = getField<std::uint32_t>(tag, 1); depth > 1)
       raiseFileError(VEXO_HERE, _file, tag == TIFFTAG_IMAGEDEPTH ? "ImageDepth " : "TileDepth ", depth,
                      " is not supported: save each slice as a page of its own");
+  checkPlanes();
   if (photometric == PHOTOMETRIC_YCBCR) TIFFSetField(_tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   // With its other decoder libtiff reports success, and delivers nothing, for a strip that holds more than is
   // asked for.
@@ -178,6 +185,18 @@ Page TiffReader::readPage() {
     TIFFSetField(_tiff.get(), TIFFTAG_DEFLATE_SUBCODEC, DEFLATE_SUBCODEC_ZLIB);
   readLayout(page);
   return page;
+}
+
+/// Stacks of some microscopes have a private tag with a value for each plane behind their only directory.
+void TiffReader::checkPlanes() {
+  constexpr std::uint32_t planesTag = 33629;
+  const TIFFField* field = TIFFFindField(_tiff.get(), planesTag, TIFF_ANY);
+  std::uint32_t planes = 0;
+  const void* values = nullptr;
+  if (!field || !TIFFFieldPassCount(field) || TIFFFieldReadCount(field) != TIFF_VARIABLE2) return;
+  if (TIFFGetField(_tiff.get(), planesTag, &planes, &values) == 1 && planes > 1)
+    raiseFileError(VEXO_HERE, _file, "stacks in the format STK are not supported (", planes,
+                   " planes): save a page for each plane");
 }
 
 void TiffReader::readLayout(Page& page) {
@@ -230,8 +249,16 @@ void TiffReader::checkBlock(const Page& page, const Block& block) {
   if (count > _fileSize - _storedBytes)
     refuse("does not fit: with it the strips and tiles have more bytes than the file, ", _fileSize);
   const TiffCodec codec = getCodec(page.compression);
+  if (const std::uint64_t largest = TiffHandle::getLargestWhole(_file); codec.isWhole && bytes > largest)
+    refuse("of ", bytes, " bytes cannot come from ", _fileSize, " bytes, at most ", largest,
+           " do in this compression: save it with smaller strips or tiles, or with another");
   if (codec.isPerBlock && bytes / codec.largestExpansion > count)
     refuse("of ", bytes, " bytes cannot come from ", count, " bytes");
+  // A strip is no larger than the image.
+  const std::uint64_t pageBytes = multiply(multiply(page.width, page.height), page.getPixelBytes());
+  if (bytes > add(pageBytes, usualTileBytes))
+    refuse("takes ", bytes, " bytes, but the image only ", pageBytes, ": save it with smaller tiles");
+  if (page.tiled) checkBytes(_file, bytes, "a tile");
   if (!codec.isPerBlock) {
     _loose = add(_loose, bytes);
     _loosePlausible = add(_loosePlausible, multiply(count, codec.largestExpansion));
@@ -253,7 +280,10 @@ void TiffReader::readCalibration() {
   const bool isInch = unit == RESUNIT_INCH, isCentimetre = unit == RESUNIT_CENTIMETER;
   // What programs write that know nothing of the size.
   const bool isUnknown = isInch ? x == 72 && y == 72 : !isCentimetre && x == 1 && y == 1;
-  if (isUnknown || !isKnown(static_cast<double>(x)) || !isKnown(static_cast<double>(y))) return;
+  const auto label = readImageJLabel(_description);
+  if ((isUnknown && !(label && !label->calibration.unit.empty())) || !isKnown(static_cast<double>(x)) ||
+      !isKnown(static_cast<double>(y)))
+    return;
   Calibration& calibration = _info.calibration;
   calibration.pixelWidth = toPixelSize(x);
   calibration.pixelHeight = toPixelSize(y);
@@ -283,7 +313,8 @@ void TiffReader::dividePages() {
 void TiffReader::divideByLabel(ImageJLabel& label) {
   Calibration& calibration = label.calibration;
   calibration.pixelWidth = _info.calibration.pixelWidth;
-  calibration.pixelHeight = _info.calibration.pixelHeight;
+  calibration.pixelHeight = convertSize(_info.calibration.pixelHeight, label.heightUnit, calibration.unit);
+  if (!isKnown(calibration.pixelHeight)) calibration.pixelWidth = 0;
   if (calibration.unit.empty()) calibration.unit = _info.calibration.unit;
   _info.calibration = calibration;
 
@@ -300,9 +331,6 @@ void TiffReader::divideByLabel(ImageJLabel& label) {
     raiseFileError(VEXO_HERE, _file, "its metadata state ", stated, " pages, but it has only ", found);
   _order.z = found;
   if (product != found) return;
-  if (c > 1 && _first.samples > 1)
-    raiseFileError(VEXO_HERE, _file, "pages of ", _first.samples,
-                   " samples per pixel cannot be divided into ", c, " channels");
   std::string letters = label.order;
   std::sort(letters.begin(), letters.end());
   if (label.order.rfind("xy", 0) != 0 || letters != "ctxyz")

@@ -47,7 +47,9 @@ TiffCodec getCodec(std::uint16_t compression) {
       return {16384, true, true};
     case COMPRESSION_WEBP:
     case COMPRESSION_LERC:
-      return {std::uint64_t(1) << 18, false, true};
+      return {std::uint64_t(1) << 18, false, true, true};
+    case COMPRESSION_PIXARLOG:
+      return {4096, true, true, true};
     default:  // JPEG, and what deflate is part of
       return {4096, true, true};
   }

@@ -1,5 +1,6 @@
 #include <png.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 
 #include <fstream>
 #include <limits>
@@ -76,6 +77,128 @@ TEST_F(ImageIO, SmallFilesTakeLittleMemory) {
       const LittleMemory memory;
       expectUnreadable(at("a.png"), "cannot hold");
     }
+}
+
+TEST_F(ImageIO, DirectoriesThatShareTheirDataAreRefused) {
+  const auto write = [&](int pages) {
+    std::vector<RawField> fields = makeFields(1, 1, 1, COMPRESSION_NONE, {8}, {1});
+    fields.insert(fields.begin() + 5, {270, 2, {'a', 'b', 'c', 0}});
+    writeRawTiff(at("a.tif"), 2 << 20, fields, pages);
+    // Each text is all of the samples.
+    Bytes bytes = readBytes(at("a.tif"));
+    bytes[(2 << 20) + 7] = 0;
+    const unsigned char before[] = {14, 1, 2, 0, 4, 0, 0, 0},
+                        after[] = {14, 1, 2, 0, 0, 0, 32, 0, 8, 0, 0, 0};
+    auto at = bytes.begin() + (2 << 20);
+    for (int i = 0; i < pages; ++i)
+      std::copy_n(after, 12, at = std::search(at, bytes.end(), before, before + 8));
+    writeBytes(this->at("a.tif"), bytes.data(), bytes.size());
+  };
+  write(20);
+  EXPECT_EQ(20u, readImage(at("a.tif"))->getSizeZ());
+  write(200);
+  expectUnreadable(at("a.tif"), "the same bytes many times over");
+}
+
+TEST_F(ImageIO, StacksBehindOneDirectoryWithoutALabelAreNamed) {
+  for (const std::uint32_t planes : {1, 3}) {
+    std::vector<RawField> fields = makeFields(4, 4, 4, COMPRESSION_NONE, {8}, {16});
+    fields.push_back({33629, 5, std::vector<std::uint32_t>(planes, 1)});
+    writeRawTiff(at("a.tif"), 48, fields);
+    if (planes > 1)
+      expectUnreadable(at("a.tif"), "STK are not supported (3 planes): save a page");
+    else
+      EXPECT_NO_THROW(readImage(at("a.tif")));
+  }
+}
+
+TEST_F(ImageIO, MasksAreNoPages) {
+  TiffPage mask;
+  mask.kind = FILETYPE_MASK, mask.bits = 1;
+  writePages(at("a.tif"), "w", {TiffPage(), mask}, "", fillByIndex);
+  EXPECT_EQ(1u, readImageInfo(at("a.tif")).geometry.z);
+  writePages(at("a.tif"), "w", {mask}, "", fillByIndex);
+  expectUnreadable(at("a.tif"), "masks");
+}
+
+/// Blocks that a decoder holds as a whole are read up to what the manual states, whatever libtiff would hold.
+TEST_F(ImageIO, ConstantBlocksAreReadUpToTheirBound) {
+  for (const int compression : {COMPRESSION_LERC, COMPRESSION_PIXARLOG})
+    for (const bool fits : {true, false}) {
+      SCOPED_TRACE(testing::Message() << compression << ' ' << fits);
+      TiffPage page;
+      page.compression = compression, page.width = 4096, page.height = fits ? 4000 : 6000;
+      page.rowsPerStrip = page.height;
+      writePages(at("a.tif"), "w", {page}, "", [](int, int, Bytes& bytes) { bytes.assign(bytes.size(), 0); });
+      if (fits)
+        EXPECT_NO_THROW(readImage(at("a.tif")));
+      else
+        expectUnreadable(at("a.tif"), "smaller strips or tiles");
+    }
+}
+
+/// Tiles of 100 Mi samples for an image of 256.
+TEST_F(ImageIO, TilesAreNotMuchLargerThanTheImage) {
+  std::vector<RawField> fields = makeFields(16, 16, 16, COMPRESSION_ADOBE_DEFLATE, {8}, {1 << 20});
+  const auto writeTile = [&](std::uint32_t side) {
+    fields.resize(5);
+    fields.insert(fields.end(),
+                  {{277, 3, {1}}, {322, 4, {side}}, {323, 4, {side}}, {324, 4, {8}}, {325, 4, {1 << 20}}});
+    writeRawTiff(at("a.tif"), 1 << 20, fields);
+  };
+  writeTile(10240);
+  {
+    const LittleMemory memory;
+    expectUnreadable(at("a.tif"), "tile 1 of page 1 takes 104857600 bytes, but the image only 256");
+  }
+  writeTile(1024);
+  EXPECT_NO_THROW(readImageInfo(at("a.tif")));
+  setMaxImageBytes(1 << 20);
+  EXPECT_NO_THROW(readImageInfo(at("a.tif")));
+  setMaxImageBytes((1 << 20) - 1);
+  expectUnreadable(at("a.tif"), "a tile takes 1048576 bytes, more than the limit");
+  setMaxImageBytes(0);
+}
+
+TEST_F(ImageIO, NotesOfPngsAreNotKept) {
+  const auto addNotes = [](png_structp png, png_infop info) {
+    std::string words(7900000, 'a');
+    for (int i = 0; i < 20; ++i) {
+      png_text text{};
+      text.compression = i % 2 ? PNG_TEXT_COMPRESSION_zTXt : PNG_ITXT_COMPRESSION_zTXt;
+      std::string key = "key";
+      text.key = key.data(), text.text = words.data();
+      png_set_text(png, info, &text, 1);
+    }
+    png_set_pHYs(png, info, 2000000, 4000000, PNG_RESOLUTION_METER);
+  };
+  writeRawPng(at("a.png"), 2, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {{1, 2}}, 0, addNotes);
+  // libpng goes without what it finds no memory for: what it takes is seen from outside only.
+  const pid_t reader = fork();
+  if (reader == 0) _exit(test::failureOf([&] { readImage(at("a.png")); }).empty() ? 0 : 1);
+  int status = 0;
+  rusage child{};
+  ASSERT_EQ(reader, wait4(reader, &status, 0, &child));
+  EXPECT_EQ(0, status);
+  std::size_t pages = 0, residentPages = 0;
+  std::ifstream("/proc/self/statm") >> pages >> residentPages;
+  const std::size_t resident = residentPages * static_cast<std::size_t>(sysconf(_SC_PAGE_SIZE));
+  EXPECT_GT(resident + (std::size_t(64) << 20), static_cast<std::size_t>(child.ru_maxrss) << 10);
+  ImageInfo info;
+  EXPECT_EQ(2, readImage(at("a.png"), &info)->getRow<std::uint8_t>(0)[1]);
+  EXPECT_DOUBLE_EQ(0.5, info.calibration.pixelWidth);
+  EXPECT_DOUBLE_EQ(0.25, info.calibration.pixelHeight);
+}
+
+TEST_F(ImageIO, AnimatedPngsAreRefused) {
+  const auto animate = [](png_structp png, png_infop info) {
+    png_byte counts[] = {0, 0, 0, 2, 0, 0, 0, 0};
+    png_unknown_chunk chunk{{'a', 'c', 'T', 'L', 0}, counts, sizeof(counts), PNG_HAVE_IHDR};
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, nullptr, 0);
+    png_set_unknown_chunks(png, info, &chunk, 1);
+  };
+  writeRawPng(at("a.png"), 2, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, {{1, 2}}, 0, animate);
+  expectUnreadable(at("a.png"), "animated PNG");
 }
 
 TEST_F(ImageIO, StripsLieBehindTheHeaderAndWithinTheFile) {

@@ -5,8 +5,10 @@
 #include <sys/wait.h>
 
 #include <csignal>
+#include <limits>
 
 #include "TestFiles.h"
+#include "VEXOImageIO/Format.h"
 
 namespace vexo::image::io {
 namespace {
@@ -165,6 +167,29 @@ TEST_F(ImageIO, WhatAKilledWriterLeavesTheNextOneRemoves) {
   close(locked);
 }
 
+TEST_F(ImageIO, ControlGroupsLimitTheMemory) {
+  const auto write = [&](const std::string& name, const std::string& text) {
+    fs::create_directories(fs::path(at(name)).parent_path());
+    writeBytes(at(name), reinterpret_cast<const unsigned char*>(text.data()), text.size());
+  };
+  write("group/a/memory.max", "3000\n");
+  write("group/a/b/memory.max", "max\n");
+  write("group/a/c/memory.max", "2000\n");
+  write("group/memory/memory.limit_in_bytes", "9223372036854771712\n");
+  write("group/memory/d/memory.limit_in_bytes", "1000\n");
+  for (const auto& [list, bytes] : {std::pair<std::string, std::uint64_t>{"0::/a/b\n", 3000},
+                                    {"0::/a/c\n", 2000},
+                                    {"0::/\n", std::numeric_limits<std::uint64_t>::max()},
+                                    {"5:cpu:/d\n4:cpuset,memory:/d/e\n0::/a/c\n", 1000},
+                                    {"4:memory:/outside/of/it\n", 9223372036854771712u},
+                                    {"nonsense\n:\n", std::numeric_limits<std::uint64_t>::max()}}) {
+    write("list", list);
+    EXPECT_EQ(bytes, getGroupMemory(at("list"), at("group"))) << list;
+  }
+  EXPECT_GE(std::uint64_t(sysconf(_SC_PHYS_PAGES)) * std::uint64_t(sysconf(_SC_PAGE_SIZE)) / 2,
+            getMaxImageBytes());
+}
+
 TEST_F(ImageIO, DecodedBytesAreLimited) {
   EXPECT_LT(std::uint64_t(1) << 28, getMaxImageBytes());
   const auto image = randomImage({5, 4, 1, 2}, eImageBufferType::UInt16);
@@ -176,6 +201,13 @@ TEST_F(ImageIO, DecodedBytesAreLimited) {
     EXPECT_NO_THROW(readImage(at(name)));
     setMaxImageBytes(0);
   }
+  // The rows of an interlaced file are kept besides.
+  writeRawPng(at("a.png"), 3, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_ADAM7, {{1, 2, 3}, {4, 5, 6}});
+  setMaxImageBytes(11);
+  expectUnreadable(at("a.png"), "takes 12 bytes, more than the limit of 11");
+  setMaxImageBytes(12);
+  EXPECT_NO_THROW(readImage(at("a.png")));
+  setMaxImageBytes(0);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "TestFiles.h"
 
-#include <png.h>
-
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -50,7 +48,8 @@ void writePages(const std::string& path, const char* mode, const std::vector<Tif
   for (std::size_t i = 0; i < pages.size(); ++i) {
     const TiffPage& p = pages[i];
     for (const auto& [tag, value] :
-         {std::pair<int, int>{TIFFTAG_IMAGEWIDTH, p.width},
+         {std::pair<int, int>{TIFFTAG_SUBFILETYPE, p.kind},
+          {TIFFTAG_IMAGEWIDTH, p.width},
           {TIFFTAG_IMAGELENGTH, p.height},
           {TIFFTAG_SAMPLESPERPIXEL, p.samples},
           {TIFFTAG_BITSPERSAMPLE, p.bits},
@@ -61,6 +60,11 @@ void writePages(const std::string& path, const char* mode, const std::vector<Tif
           {p.tile ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, p.tile ? p.tile : p.rowsPerStrip}})
       TIFFSetField(tiff, tag, value);
     if (p.tile) TIFFSetField(tiff, TIFFTAG_TILELENGTH, p.tile);
+    if (p.across > 0) {
+      TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_NONE);
+      for (const std::uint32_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION})
+        TIFFSetField(tiff, tag, static_cast<double>(p.across));
+    }
     if (p.compression == COMPRESSION_JPEG) TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     if (p.photometric == PHOTOMETRIC_PALETTE) {
       std::uint16_t map[256] = {};
@@ -84,7 +88,8 @@ void fillByIndex(int page, int index, Bytes& bytes) {
 }
 
 void writeRawPng(const std::string& path, int width, int depth, int colour, int interlace,
-                 std::vector<Bytes> rows, int statedHeight) {
+                 std::vector<Bytes> rows, int statedHeight,
+                 const std::function<void(png_structp, png_infop)>& addChunks) {
   std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path.c_str(), "wb"), fclose);
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png_create_info_struct(png);
@@ -94,6 +99,7 @@ void writeRawPng(const std::string& path, int width, int depth, int colour, int 
                interlace, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
   const png_color palette[] = {{1, 2, 3}, {40, 50, 60}};
   if (colour == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 2);
+  if (addChunks) addChunks(png, info);
   png_write_info(png, info);
   std::vector<unsigned char*> pointers;
   for (Bytes& row : rows) pointers.push_back(row.data());
@@ -119,14 +125,18 @@ void writeRawTiff(const std::string& path, std::size_t data, const std::vector<R
     put(link, 0, 4);
     for (std::size_t i = 0; i < fields.size(); ++i) {
       const RawField& field = fields[i];
-      const std::size_t entry = directory + 2 + 12 * i, size = field.type == 2 ? 1 : field.type == 3 ? 2 : 4;
+      const std::size_t entry = directory + 2 + 12 * i, size = field.type == 2   ? 1
+                                                               : field.type == 3 ? 2
+                                                               : field.type == 5 ? 8
+                                                                                 : 4;
       put(entry, field.tag, 2);
       put(entry + 2, field.type, 2);
       put(entry + 4, field.values.size(), 4);
       put(entry + 8, 0, 4);
       std::size_t at = entry + 8;
       if (size * field.values.size() > 4) put(at, bytes.size(), 4), at = bytes.size();
-      for (const std::uint32_t value : field.values) put(at, value, size), at += size;
+      for (const std::uint32_t value : field.values)
+        put(at, field.type == 5 ? value | std::size_t(1) << 32 : value, size), at += size;
     }
   }
   writeBytes(path, bytes.data(), bytes.size());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <png.h>
 #include <tiffio.h>
 #include <unistd.h>
 
@@ -43,6 +44,8 @@ struct TiffPage {
   int width = 5, height = 4, samples = 1, bits = 8, format = SAMPLEFORMAT_UINT;
   int photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG, compression = COMPRESSION_NONE;
   int tile = 0, rowsPerStrip = 3;
+  int kind = 0;
+  float across = 0;  ///< pixels per unit, of no name; none when 0
 };
 
 /// Changes the bytes of strip or tile `index` of page `page`.
@@ -54,10 +57,11 @@ void fillByIndex(int page, int index, Bytes& bytes);
 /// A PNG whose rows have the given bytes, as libpng takes them without any change. With a `statedHeight` it
 /// ends where the rows begin.
 void writeRawPng(const std::string& path, int width, int depth, int colour, int interlace,
-                 std::vector<Bytes> rows, int statedHeight = 0);
+                 std::vector<Bytes> rows, int statedHeight = 0,
+                 const std::function<void(png_structp, png_infop)>& addChunks = {});
 
-/// An entry of a directory, as the file has it: numbers of 16 bits (type 3) or 32 (type 4), or the characters
-/// of a text (type 2).
+/// An entry of a directory, as the file has it: numbers of 16 bits (type 3) or 32 (type 4), the characters of
+/// a text (type 2), or numbers over 1 (type 5).
 struct RawField {
   unsigned tag, type;
   std::vector<std::uint32_t> values;

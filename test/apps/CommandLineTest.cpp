@@ -239,6 +239,7 @@ TEST_F(CommandLineTest, WordsThatAreOff) {
       {files + "--instruction-set avx3", "avx2"},
       {files + "--max-image-bytes 0", "'0'"},
       {files + "--max-image-bytes 12X", "'12X'"},
+      {files + "--max-image-bytes " + std::string(5000, '7'), std::string(100, '7') + "..."},
       {files + "--max-image-bytes 99999999T", "'99999999T'"},
       {"info in.tif --max-image-bytes -1", "'-1'"},
       {files + "--log-level inf", "INFO"},
@@ -273,7 +274,8 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
   } cases[] = {
       {"info none.tif", "none.tif"},
       {"info in.tif --max-image-bytes 5K", "in.tif': an image of 37 x 150 of uint8 takes 5550 bytes"},
-      {mean + "--InImg in.tif --OutImg out.tif --max-image-bytes 5549", "InImg: cannot read 'in.tif': an image"},
+      {mean + "--InImg in.tif --OutImg out.tif --max-image-bytes 5549",
+       "InImg: cannot read 'in.tif': an image"},
       {mean + "--InImg none.tif --OutImg out.tif", "InImg: cannot read 'none.tif'"},
       {mean + "--InImg text.tif --OutImg out.tif", "text.tif"},
       {mean + "--InImg in.tif", "OutImg"},

@@ -65,13 +65,22 @@ long countBlocks() {
   return blocks;
 }
 
+namespace {
+
+const char* nameOfLibrary(void* address) {
+  Dl_info info;
+  if (!dladdr(address, &info) || !info.dli_fname) return "";
+  const char* name = std::strrchr(info.dli_fname, '/');
+  return name ? name + 1 : info.dli_fname;
+}
+
+}  // namespace
+
 const char* failedLibrary() {
-  for (int i = 0; i < frameCount; ++i) {
-    Dl_info info;
-    if (!dladdr(frames[i], &info) || !info.dli_fname) continue;
-    const char* name = std::strrchr(info.dli_fname, '/');
-    name = name ? name + 1 : info.dli_fname;
-    if (i > 1 && std::strncmp(name, "libstdc++", 9) != 0 && std::strncmp(name, "libc.", 5) != 0) return name;
+  // After the frames of this file: those of the C and C++ libraries only pass the call on.
+  for (int i = 2; i < frameCount; ++i) {
+    const char* name = nameOfLibrary(frames[i]);
+    if (std::strncmp(name, "libstdc++", 9) != 0 && std::strncmp(name, "libc.", 5) != 0) return name;
   }
   return "";
 }

@@ -20,6 +20,8 @@ double roundTo(int digits, double value);
 /// The length of one unit in metres, of one second or minute in seconds; 0 when the name is unknown.
 double getMetres(const std::string& unit);
 double getSeconds(const std::string& unit);
+/// A size in another unit; 0 when one of them is unknown, unless they are the same.
+double convertSize(double size, const std::string& from, const std::string& to);
 
 /// The size of a pixel from the pixels per unit, of which files and libtiff keep six or seven digits: the short
 /// decimal number that gives these digits, where there is one.
@@ -32,6 +34,7 @@ std::optional<std::pair<std::uint32_t, std::uint32_t>> toFraction(double value);
 struct ImageJLabel {
   std::uint64_t images, channels, slices, frames;  ///< 0 where it does not say
   std::string order;                               ///< "xyczt", unless it says otherwise
+  std::string heightUnit;                          ///< of the height of a pixel
   Calibration calibration;                         ///< without the size of a pixel
 };
 std::optional<ImageJLabel> readImageJLabel(const std::string& description);

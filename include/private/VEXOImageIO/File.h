@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 #include "VEXOCore/Log.h"
@@ -18,6 +19,8 @@ std::string describeErrno(int number);
 /// instead.
 class File {
 public:
+  static constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
+
   /// Owns the descriptor. `errorPrefix` starts every message about this file: "cannot read 'a.tif'".
   File(std::string errorPrefix, int descriptor, std::string name = {})
       : _errorPrefix(std::move(errorPrefix)), _name(std::move(name)), _descriptor(descriptor) {}
@@ -33,6 +36,8 @@ public:
 
   /// Bytes read. Fewer than asked for, whatever the reason, are a failure.
   std::size_t read(void* to, std::size_t size) noexcept;
+  /// From now on reading more than so many bytes in all is a failure.
+  void limitReading(std::uint64_t bytes) noexcept { _readable = bytes; }
   bool write(const void* from, std::size_t size) noexcept;
   /// The new position, or -1: an offset out of range, which is no failure yet.
   std::int64_t seek(std::int64_t offset, int whence) noexcept;
@@ -42,7 +47,7 @@ public:
   bool sync() noexcept;
   bool close() noexcept;
 
-  bool hasFailed() const { return _errno != 0 || _endedEarly; }
+  bool hasFailed() const { return _errno != 0 || _endedEarly || _hasReadTooMuch; }
   /// What went wrong first; empty while nothing did.
   std::string getFailure() const;
 
@@ -52,8 +57,9 @@ private:
   const std::string _errorPrefix, _name;
   int _descriptor;
   int _errno = 0;
-  bool _endedEarly = false;
   const std::atomic<bool>* _cancelled = nullptr;
+  bool _endedEarly = false, _hasReadTooMuch = false;
+  std::uint64_t _readable = unlimited;
 };
 
 /// Raises an error about a file; the arguments are joined.

@@ -18,7 +18,12 @@ boost::shared_ptr<Image> readPng(File& file, ImageInfo& info);
 BoolResult canWritePng(const ImageGeometry& geometry, eImageBufferType type);
 void writePng(File& file, const Image& image, const Calibration& calibration);
 
-/// Throws when the samples of such an image take more than getMaxImageBytes().
+/// The memory that the control groups of a process may take, of those that the file `list` names, below
+/// `root`.
+VEXO_API std::uint64_t getGroupMemory(const std::string& list, const std::string& root);
+/// Throws when `what` takes more bytes than getMaxImageBytes().
+void checkBytes(const File& file, std::uint64_t bytes, const std::string& what);
+/// The same for the samples of such an image.
 void checkImageBytes(const File& file, const ImageGeometry& geometry, eImageBufferType type);
 
 /// Spreads pixels of interleaved channels over colour planes: channel 0 goes to (x, y, z, firstC, t), the

@@ -10,7 +10,11 @@ namespace vexo::image::io {
 /// handlers.
 class TiffHandle {
 public:
-  /// Throws when the file cannot be opened in this mode of libtiff.
+  /// The largest strip or tile of a codec that decodes it as a whole.
+  static std::uint64_t getLargestWhole(const File& file);
+
+  /// Until the file's reading is limited anew, libtiff may read a multiple of its size only: directories can
+  /// share their data, any number of times. Throws when the file cannot be opened in this mode of libtiff.
   TiffHandle(File& file, const char* mode);
   TiffHandle(const TiffHandle&) = delete;
   TiffHandle& operator=(const TiffHandle&) = delete;

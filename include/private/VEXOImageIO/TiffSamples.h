@@ -11,7 +11,8 @@ namespace vexo::image::io {
 struct TiffCodec {
   std::uint64_t largestExpansion;  ///< bytes that one stored byte can stand for, at most
   bool isPerBlock;  ///< true for each strip and tile, else for the whole file, as constant tiles cost nothing
-  bool mayLeaveOut;  ///< its decoder may leave out samples of damaged data
+  bool mayLeaveOut;      ///< its decoder may leave out samples of damaged data
+  bool isWhole = false;  ///< its decoder holds a block as a whole
 };
 TiffCodec getCodec(std::uint16_t compression);
 

@@ -38,7 +38,8 @@ VEXO_API ImageInfo readImageInfo(const std::string& path);
 VEXO_API boost::shared_ptr<Image> readImage(const std::string& path, ImageInfo* info = nullptr);
 
 /// Files whose samples take more bytes than this, decoded, are refused before memory is asked for, by both of
-/// the above. At first, and after 0, it is the machine's physical memory. For the whole process.
+/// the above. At first, and after 0, it is half the memory of the machine, or of the process's
+/// control group where that has less. For the whole process.
 VEXO_API void setMaxImageBytes(std::uint64_t bytes);
 VEXO_API std::uint64_t getMaxImageBytes();
 
