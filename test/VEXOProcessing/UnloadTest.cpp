@@ -12,6 +12,13 @@
 namespace vexo::processor {
 namespace {
 
+/// So that first uses are made in the thread whose leaks are ignored.
+void runInThisThread(const std::string& name) {
+  const auto filter = test::makeFilter(name, {20, 300}, image::eImageBufferType::UInt16);
+  filter->setThreadLimit(1);
+  executeSyncRun(filter);
+}
+
 // Classes are known while their library is loaded, however often that happens.
 TEST(Library, RegistersItsClassesWhileItIsLoaded) {
 #ifdef __SANITIZE_ADDRESS__
@@ -27,9 +34,7 @@ TEST(Library, RegistersItsClassesWhileItIsLoaded) {
     const auto names = ProcessorFactory::getTypeNames();
     EXPECT_EQ(std::count(names.begin(), names.end(), name), 1);
     EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
-    const auto first = test::makeFilter(name, {20, 30}, image::eImageBufferType::UInt16);
-    first->setThreadLimit(1);  // first uses are made in this thread, where leaks are ignored
-    executeSyncRun(first);
+    runInThisThread(name);
     // Runs in its code, which nobody waits for, end before it goes.
     for (int run = 0; run < 20; ++run)
       test::makeFilter(name, {200, 300, 4}, image::eImageBufferType::UInt16)
