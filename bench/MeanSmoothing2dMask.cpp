@@ -7,7 +7,7 @@ namespace vexo::bench {
 namespace {
 
 /// A mask of discs of 64 pixels, so that rows hold runs of both kinds. Made when it is first needed.
-boost::shared_ptr<const image::BaseImage> discs(const image::ImageGeometry& geometry) {
+image::ConstImagePtr discs(const image::ImageGeometry& geometry) {
   const auto mask = image::Image::create(geometry, image::eImageBufferType::UInt8);
   for (std::size_t z = 0; z < geometry.z; ++z)
     for (std::size_t y = 0; y < geometry.y; ++y)

@@ -31,6 +31,21 @@ bool AttributeInfo::isWorkImage() const {
 
 BaseAttribute::~BaseAttribute() = default;
 
+template class ValueAttribute<bool>;
+template class ValueAttribute<std::int32_t>;
+template class ValueAttribute<std::uint32_t>;
+template class ValueAttribute<float>;
+template class ValueAttribute<double>;
+template class ValueAttribute<std::string>;
+template class ValueAttribute<boost::shared_ptr<const image::BaseImage>, BaseImageAttribute>;
+template class ValueAttribute<boost::shared_ptr<image::BaseImage>, BaseImageAttribute>;
+template class ImageValue<const image::BaseImage>;
+template class ImageValue<image::BaseImage>;
+template class ValueAttribute<boost::shared_ptr<const image::InputStrip>, BaseInputStripAttribute>;
+template class ValueAttribute<boost::shared_ptr<image::OutputStrip>, BaseOutputStripAttribute>;
+template class StripValue<const image::InputStrip>;
+template class StripValue<image::OutputStrip>;
+
 void raiseRefusedValue(const std::string& attributeName, const std::string& why) {
   raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::RefusedValue,
                               attributeName, why);

@@ -7,7 +7,7 @@ namespace vexo::processor {
 BaseSplit::~BaseSplit() = default;
 
 void BaseProcessorDispatcher::setSplits(std::vector<boost::shared_ptr<BaseSplit>> splits) {
-  const boost::shared_ptr<BaseProcessor> sample = _creator();
+  const boost::shared_ptr<BaseProcessor> sample = _class.createShared();
   for (const auto& split : splits)
     if (const BoolResult served = split->checkProcessorType(*sample); !served)
       raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::WrongProcessor,
@@ -16,7 +16,7 @@ void BaseProcessorDispatcher::setSplits(std::vector<boost::shared_ptr<BaseSplit>
 }
 
 void BaseProcessorDispatcher::runPiece(std::size_t pieceIndex, const core::RunShare& share) {
-  const boost::shared_ptr<BaseProcessor> processor = _creator();
+  const boost::shared_ptr<BaseProcessor> processor = _class.createShared();
   // The first level has checked the whole; its pieces need no rules of their own.
   processor->init(eProcessorRulePolicy::WithoutRules);
   for (const auto& split : _splits) split->setPiece(*processor, pieceIndex);
@@ -60,9 +60,9 @@ std::size_t BaseDynamicProcessorDispatcher::prepare() {
           split->getAttributeName() + " is cut along another axis, or is of another size");
     extent->margin = std::max(extent->margin, wanted->margin);
   }
-  const image::StripBounds bounds =
-      extent ? cutIntoStrips(extent->size[static_cast<int>(extent->direction)], extent->margin, _policy)
-             : image::StripBounds{0, 1};
+  const image::StripBounds bounds = extent ? cutIntoStrips(extent->size[static_cast<int>(extent->direction)],
+                                                           extent->margin, _class.dispatchPolicy)
+                                           : image::StripBounds{0, 1};
   for (const auto& split : _splits) split->prepare(bounds);
   return bounds.size() - 1;
 }

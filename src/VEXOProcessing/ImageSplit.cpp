@@ -16,6 +16,14 @@ BoolResult BaseSubImageSplit::initBase(eSubImageSplitType type, eVolumeParsingTy
   return true;
 }
 
+void BaseSubImageSplit::initBase(eSubImageSplitType type,
+                                 const boost::shared_ptr<const image::BaseImage>& image) {
+  initBase(type,
+           type == eSubImageSplitType::Plane2d ? eVolumeParsingType::SliceBySlice
+                                               : eVolumeParsingType::WholeVolume,
+           eColorParsingType::ChannelByChannel, eTemporalParsingType::FrameByFrame, image);
+}
+
 boost::shared_ptr<const image::BaseImage> BaseSubImageSplit::getSubImage(std::size_t index) const {
   const std::size_t slices = _planes ? _image->getSizeZ() : 1;
   const std::size_t z = index % slices, c = index / slices % _image->getSizeC(),
@@ -55,6 +63,53 @@ image::StripMargins kernelMargins(const KernelXYZ& kernel) {
                                     {reach[0].after, reach[1].after, reach[2].after}};
   checkMargins(margins);
   return margins;
+}
+
+StripCutter::StripCutter(boost::shared_ptr<const image::BaseImage> image,
+                         image::eStripParsingDirection direction, image::eStripAllocationType allocation,
+                         const image::StripMargins& margins, const std::string& attributeName)
+    : _image(std::move(image)), _direction(direction), _allocation(allocation), _margins(margins) {
+  image::hostImage(_image, attributeName.c_str());
+}
+
+StripCutter::Extent StripCutter::getExtent() const {
+  const auto axis = static_cast<int>(_direction);
+  return {{_image->getSizeX(), _image->getSizeY(), _image->getSizeZ()},
+          _direction,
+          std::max(_margins.before[axis], _margins.after[axis])};
+}
+
+void StripCutter::prepareToRead(const image::StripBounds& bounds) {
+  _bounds = bounds;
+  if (_allocation != image::eStripAllocationType::OwnBuffer) return;
+  const auto& host = image::hostImage(_image, "input strip");
+  const auto axis = copiedAxis();
+  const std::size_t size = axis == image::eStripParsingDirection::Y ? _image->getSizeY() : _image->getSizeZ();
+  _copies = image::StripMarginCopies::create(
+      host, axis, axis == _direction ? bounds : image::StripBounds{0, size}, _margins);
+}
+
+boost::shared_ptr<const image::InputStrip> StripCutter::getInput(std::size_t i) const {
+  return boost::make_shared<image::InputStrip>(_image, _direction, _bounds[i], _bounds[i + 1], _margins,
+                                               _copies);
+}
+
+// The handle that was given decides whether there are strips to write.
+boost::shared_ptr<image::OutputStrip> StripCutter::getOutput(std::size_t i) const {
+  return boost::make_shared<image::OutputStrip>(boost::const_pointer_cast<image::BaseImage>(_image),
+                                                _direction, _bounds[i], _bounds[i + 1], _allocation);
+}
+
+/// Where strips read what is written: beyond the cut; or, for a kernel along Y or Z that runs within its
+/// strip, at the ends of that axis, where the border sends it back into the image. Along X a row is loaded
+/// as a whole.
+image::eStripParsingDirection StripCutter::copiedAxis() const {
+  const auto reach = [this](int axis) { return std::max(_margins.before[axis], _margins.after[axis]); };
+  if (reach(static_cast<int>(_direction)) == 0 && reach(0) == 0) {
+    if (reach(1) > 0 && reach(2) == 0) return image::eStripParsingDirection::Y;
+    if (reach(2) > 0 && reach(1) == 0) return image::eStripParsingDirection::Z;
+  }
+  return _direction;
 }
 
 }  // namespace vexo::imaproc

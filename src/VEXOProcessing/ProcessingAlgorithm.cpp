@@ -20,15 +20,16 @@ void BaseProcessingAlgorithm::initDataParserColl(DataParserColl& parsers) const 
 }
 
 void BaseProcessingAlgorithm::getDataTypeIdColl(DataTypeIdentifierColl& types) const {
-  const auto add = [&](image::eImageBufferType type) {
-    types.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(type));
+  bool read = false, written = false;
+  const auto add = [&](bool& done, const auto* strips) {
+    if (!strips || done) return;
+    types.add(boost::make_shared<imaproc::ImageBufferTypeIdentifier>(strips->getStrip()->getBufferType()));
+    done = true;
   };
   for (const auto& attribute : getAttributes())
-    if (const auto* input = dynamic_cast<const BaseInputStripAttribute*>(attribute.get()))
-      add(input->getStrip()->getBufferType());
+    add(read, dynamic_cast<const BaseInputStripAttribute*>(attribute.get()));
   for (const auto& attribute : getAttributes())
-    if (const auto* output = dynamic_cast<const BaseOutputStripAttribute*>(attribute.get()))
-      add(output->getStrip()->getBufferType());
+    add(written, dynamic_cast<const BaseOutputStripAttribute*>(attribute.get()));
 }
 
 BoolResult BaseProcessingAlgorithm::preProcess() {

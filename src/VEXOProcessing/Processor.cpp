@@ -39,6 +39,29 @@ BoolResult BaseProcessor::init(eProcessorRulePolicy rulePolicy) {
   return result;
 }
 
+void BaseProcessor::initAttributeColl(AttributeColl& attributes, OutputInitializerColl& outputInitializers) {
+  attributes = getClassInfo().createAttributes();
+  initOutputs(outputInitializers);
+}
+
+BoolResult BaseProcessor::initDerived(AttributeColl& attributes, OutputInitializerColl& outputInitializers,
+                                      ProcessorDispatchPolicy& dispatchPolicy, RulePtr& rule,
+                                      eProcessorRulePolicy rulePolicy) {
+  initAttributeColl(attributes, outputInitializers);
+  dispatchPolicy = getClassInfo().dispatchPolicy;
+  rule = rulePolicy == eProcessorRulePolicy::WithoutRules ? none() : createRule();
+  return true;
+}
+
+const boost::shared_ptr<BaseAttribute>& BaseProcessor::accessOfClass(const std::type_info& attributeClass,
+                                                                     const AttributeInfo& info) const {
+  for (const auto& attribute : _attributes) {
+    const BaseAttribute& held = *attribute;
+    if (typeid(held) == attributeClass) return attribute;
+  }
+  raiseNoSuchAttribute(info.name);
+}
+
 boost::shared_ptr<BaseAttribute> BaseProcessor::findAttribute(const std::string& name) const {
   for (const auto& attribute : _attributes)
     if (attribute->getName() == name) return attribute;

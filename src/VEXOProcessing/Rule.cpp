@@ -91,6 +91,16 @@ processor::RulePtr matchSizeAndType(const boost::weak_ptr<const BaseImageAttribu
   return match(first, second, true);
 }
 
+processor::RulePtr isReal32(const boost::weak_ptr<const BaseImageAttribute>& image) {
+  return processor::makeRule([image]() -> BoolResult {
+    const auto attribute = image.lock();
+    const auto given = attribute ? attribute->getImage() : nullptr;
+    if (!given || given->getBufferType() == image::eImageBufferType::Real32) return true;
+    return BoolResult::failure(attribute->getName() + " must be a float32 image, not " +
+                               toString(given->getBufferType()));
+  });
+}
+
 bool isInSitu(const boost::shared_ptr<const BaseImageAttribute>& input,
               const boost::shared_ptr<const BaseImageAttribute>& output) {
   const auto in = input->getImage(), out = output->getImage();

@@ -84,6 +84,8 @@ public:
   virtual void runPiece(std::size_t pieceIndex, const RunShare& share) = 0;
 };
 
+using ProviderPtr = boost::shared_ptr<BaseActionProvider>;
+
 /// Runs the pieces of providers on the worker threads of the process.
 ///
 /// Threads are started by the first run that can use more than one, never when the library is loaded. By

@@ -59,4 +59,8 @@ private:
   const eImageBufferType _type;
 };
 
+/// Handles of images: to be written, and to be read.
+using ImagePtr = boost::shared_ptr<BaseImage>;
+using ConstImagePtr = boost::shared_ptr<const BaseImage>;
+
 }  // namespace vexo::image

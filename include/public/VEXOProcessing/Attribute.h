@@ -34,8 +34,10 @@ struct VEXO_API AttributeInfo {
 class VEXO_API BaseAttribute {
 public:
   virtual ~BaseAttribute();
+  BaseAttribute(const BaseAttribute&) = delete;
+  BaseAttribute& operator=(const BaseAttribute&) = delete;
 
-  virtual const AttributeInfo& getInfo() const = 0;
+  const AttributeInfo& getInfo() const { return _info; }
   const std::string& getName() const { return getInfo().name; }
   const char* getToolTip() const { return getInfo().toolTip; }
   eAttributeDirection getDirection() const { return getInfo().direction; }
@@ -61,6 +63,12 @@ public:
   /// item.
   virtual void write(BaseOArchive& archive) const = 0;
   virtual void read(BaseIArchive& archive) = 0;
+
+protected:
+  explicit BaseAttribute(const AttributeInfo& info) : _info(info) {}
+
+private:
+  const AttributeInfo& _info;
 };
 
 using AttributeColl = std::vector<boost::shared_ptr<BaseAttribute>>;
@@ -78,38 +86,43 @@ VEXO_API BoolResult checkFinite(double value);
 VEXO_API void writeImage(BaseOArchive& archive, const std::string& name, const image::BaseImage& image);
 VEXO_API boost::shared_ptr<image::Image> readImage(BaseIArchive& archive, const std::string& name);
 
-/// A parameter class. Derived states its tool tip, and where it applies a default and the values it refuses:
-///
-///   class InHalfKnlSizeX : public processor::Attribute<InHalfKnlSizeX, std::uint32_t> {
-///   public:
-///     static constexpr char toolTip[] = "...";
-///     static std::uint32_t defaultValue();              // optional
-///     static BoolResult check(std::uint32_t value);     // optional: false with the reason refuses a value
-///   };
-template <class Derived, class Storage, class Base = BaseAttribute>
-class Attribute : public Base {
+template <class T>
+inline constexpr bool isHandle = false;
+template <class T>
+inline constexpr bool isHandle<boost::shared_ptr<T>> = true;
+
+/// What an attribute class says about its values; null where it says nothing.
+template <class Storage>
+using AttributeCheck = BoolResult (*)(const Storage& value);
+template <class Storage>
+using AttributeDefault = std::optional<Storage> (*)();
+template <class Storage>
+struct AttributeRules {
+  AttributeCheck<Storage> check;  ///< false with the reason refuses a value
+  AttributeDefault<Storage> getDefault;
+};
+
+/// What all attributes of a storage type have in common: the code of a type exists once, in the library.
+template <class Storage, class Base = BaseAttribute>
+class VEXO_API ValueAttribute : public Base {
 public:
   using StorageType = Storage;
   using Text = ValueText<Storage>;
 
-  static const AttributeInfo& info() {
-    static const auto& result = *new AttributeInfo(typeName<Derived>(), Derived::toolTip);
-    return result;
-  }
-  const AttributeInfo& getInfo() const override { return info(); }
-
   void setStorage(const Storage& value) {
-    if constexpr (isHandle)
+    if constexpr (isHandle<Storage>)
       if (!value) raiseRefusedValue(this->getName(), "it is null");
-    if (const BoolResult accepted = checkValue<Derived>(value, 0); !accepted)
-      raiseRefusedValue(this->getName(), accepted.getMessage());
+    if (_rules.check)
+      if (const BoolResult accepted = _rules.check(value); !accepted)
+        raiseRefusedValue(this->getName(), accepted.getMessage());
     _value = value;
   }
   /// The value, or the default. Without either: a null handle, or an exception.
   Storage getStorage() const {
     if (_value) return *_value;
-    if (const std::optional<Storage> standard = findDefault<Derived>(0)) return *standard;
-    if constexpr (isHandle)
+    if (_rules.getDefault)
+      if (std::optional<Storage> standard = _rules.getDefault()) return std::move(*standard);
+    if constexpr (isHandle<Storage>)
       return Storage();
     else
       raiseNotSet(this->getName());
@@ -122,14 +135,13 @@ public:
       return "object";
   }
   bool isSet() const override { return _value.has_value(); }
-  bool hasDefault() const override { return findDefault<Derived>(0).has_value(); }
+  bool hasDefault() const override { return _rules.getDefault && _rules.getDefault().has_value(); }
   void clear() override { _value.reset(); }
   BoolResult copyValue(const BaseAttribute& other) override {
-    const auto* twin = dynamic_cast<const Attribute*>(&other);
-    if (!twin)
+    if (typeid(other) != typeid(*this))
       return BoolResult::failure("attribute " + this->getName() + " cannot take the value of " +
                                  other.getName());
-    _value = twin->_value;
+    _value = static_cast<const ValueAttribute&>(other)._value;
     return true;
   }
 
@@ -168,6 +180,9 @@ public:
   }
 
 protected:
+  ValueAttribute(const AttributeInfo& info, const AttributeRules<Storage>& rules)
+      : Base(info), _rules(rules) {}
+
   virtual void writeOther(BaseOArchive& archive) const { archive.write(this->getName(), getTextOrThrow()); }
   virtual void readOther(BaseIArchive& archive) {
     std::string text;
@@ -176,35 +191,57 @@ protected:
   }
 
 private:
-  template <class T>
-  struct IsHandle : std::false_type {};
-  template <class T>
-  struct IsHandle<boost::shared_ptr<T>> : std::true_type {};
-  static constexpr bool isHandle = IsHandle<Storage>::value;
-
-  template <class D>
-  static auto checkValue(const Storage& value, int) -> decltype(D::check(value)) {
-    return D::check(value);
-  }
-  template <class D>
-  static BoolResult checkValue(const Storage&, long) {
-    return true;
-  }
-  template <class D>
-  static auto findDefault(int) -> decltype(std::optional<Storage>(D::defaultValue())) {
-    return D::defaultValue();
-  }
-  template <class D>
-  static std::optional<Storage> findDefault(long) {
-    return std::nullopt;
-  }
   std::string getTextOrThrow() const {
     if (!Text::available)
       raiseRefusedValue(this->getName(), "a value of this type cannot be written to an archive");
     return getText();
   }
 
+  const AttributeRules<Storage>& _rules;
   std::optional<Storage> _value;
+};
+
+/// A parameter class. Derived states its tool tip, and where it applies a default and the values it refuses:
+///
+///   class InHalfKnlSizeX : public processor::Attribute<InHalfKnlSizeX, std::uint32_t> {
+///   public:
+///     static constexpr char toolTip[] = "...";
+///     static std::uint32_t defaultValue();              // optional
+///     static BoolResult check(std::uint32_t value);     // optional: false with the reason refuses a value
+///   };
+template <class Derived, class Storage, class Value = ValueAttribute<Storage>>
+class Attribute : public Value {
+public:
+  Attribute() : Value(info(), rules()) {}
+
+  static const AttributeInfo& info() {
+    static const auto& result = *new AttributeInfo(typeName<Derived>(), Derived::toolTip);
+    return result;
+  }
+
+private:
+  static const AttributeRules<Storage>& rules() {
+    static constexpr AttributeRules<Storage> result = {checkOf<Derived>(0), defaultOf<Derived>(0)};
+    return result;
+  }
+  template <class D>
+  static constexpr auto checkOf(int)
+      -> decltype(D::check(std::declval<const Storage&>()), AttributeCheck<Storage>()) {
+    return [](const Storage& value) -> BoolResult { return D::check(value); };
+  }
+  template <class D>
+  static constexpr AttributeCheck<Storage> checkOf(long) {
+    return nullptr;
+  }
+  template <class D>
+  static constexpr auto defaultOf(int)
+      -> decltype(std::optional<Storage>(D::defaultValue()), AttributeDefault<Storage>()) {
+    return []() -> std::optional<Storage> { return D::defaultValue(); };
+  }
+  template <class D>
+  static constexpr AttributeDefault<Storage> defaultOf(long) {
+    return nullptr;
+  }
 };
 
 /// What all image parameters have in common.
@@ -213,32 +250,39 @@ public:
   /// Null when not set.
   virtual boost::shared_ptr<const image::BaseImage> getImage() const = 0;
   virtual void setImage(const boost::shared_ptr<image::BaseImage>& image) = 0;
+
+protected:
+  using BaseAttribute::BaseAttribute;
 };
 
-template <class Derived, class Image>
-class ImageAttribute : public Attribute<Derived, boost::shared_ptr<Image>, BaseImageAttribute> {
+template <class Image>
+class VEXO_API ImageValue : public ValueAttribute<boost::shared_ptr<Image>, BaseImageAttribute> {
 public:
   boost::shared_ptr<const image::BaseImage> getImage() const override { return this->getStorage(); }
   void setImage(const boost::shared_ptr<image::BaseImage>& image) override { this->setStorage(image); }
   std::string getValueTypeName() const override { return "image"; }
 
 protected:
+  using ValueAttribute<boost::shared_ptr<Image>, BaseImageAttribute>::ValueAttribute;
   void writeOther(BaseOArchive& archive) const override { writeImage(archive, this->getName(), *getImage()); }
   void readOther(BaseIArchive& archive) override { setImage(readImage(archive, this->getName())); }
 };
 template <class Derived>
-using InputImageAttribute = ImageAttribute<Derived, const image::BaseImage>;
+using InputImageAttribute =
+    Attribute<Derived, boost::shared_ptr<const image::BaseImage>, ImageValue<const image::BaseImage>>;
 template <class Derived>
-using OutputImageAttribute = ImageAttribute<Derived, image::BaseImage>;
+using OutputImageAttribute =
+    Attribute<Derived, boost::shared_ptr<image::BaseImage>, ImageValue<image::BaseImage>>;
 
 /// A result that is no image: a data item that a run fills, the caller's or one that the run creates. Its
 /// serial form is a section, so that a program reads the fields without taking a text apart.
-template <class Derived, class Item>
-class OutputDataItemAttribute : public Attribute<Derived, boost::shared_ptr<Item>> {
+template <class Item>
+class VEXO_API DataItemValue : public ValueAttribute<boost::shared_ptr<Item>> {
 public:
   using ItemType = Item;
 
 protected:
+  using ValueAttribute<boost::shared_ptr<Item>>::ValueAttribute;
   void writeOther(BaseOArchive& archive) const override {
     writeDataItem(archive, *this->getStorage(), this->getName());
   }
@@ -248,33 +292,65 @@ protected:
     this->setStorage(item);
   }
 };
+template <class Derived, class Item>
+using OutputDataItemAttribute = Attribute<Derived, boost::shared_ptr<Item>, DataItemValue<Item>>;
 
 /// A strip that a third-level processor reads, and one that it writes.
-class VEXO_API BaseInputStripAttribute : public BaseAttribute {
+template <class Strip>
+class VEXO_API BaseStripAttribute : public BaseAttribute {
 public:
-  virtual boost::shared_ptr<const image::InputStrip> getStrip() const = 0;
+  virtual boost::shared_ptr<Strip> getStrip() const = 0;
+  virtual void setStrip(const boost::shared_ptr<Strip>& strip) = 0;
+
+protected:
+  using BaseAttribute::BaseAttribute;
 };
-class VEXO_API BaseOutputStripAttribute : public BaseAttribute {
+using BaseInputStripAttribute = BaseStripAttribute<const image::InputStrip>;
+using BaseOutputStripAttribute = BaseStripAttribute<image::OutputStrip>;
+
+template <class Strip>
+class VEXO_API StripValue : public ValueAttribute<boost::shared_ptr<Strip>, BaseStripAttribute<Strip>> {
 public:
-  virtual boost::shared_ptr<image::OutputStrip> getStrip() const = 0;
+  boost::shared_ptr<Strip> getStrip() const override { return this->getStorage(); }
+  void setStrip(const boost::shared_ptr<Strip>& strip) override { this->setStorage(strip); }
+
+protected:
+  using ValueAttribute<boost::shared_ptr<Strip>, BaseStripAttribute<Strip>>::ValueAttribute;
 };
 template <class Derived>
-class InputStripAttribute
-    : public Attribute<Derived, boost::shared_ptr<const image::InputStrip>, BaseInputStripAttribute> {
-public:
-  boost::shared_ptr<const image::InputStrip> getStrip() const override { return this->getStorage(); }
-};
+using InputStripAttribute =
+    Attribute<Derived, boost::shared_ptr<const image::InputStrip>, StripValue<const image::InputStrip>>;
 template <class Derived>
-class OutputStripAttribute
-    : public Attribute<Derived, boost::shared_ptr<image::OutputStrip>, BaseOutputStripAttribute> {
-public:
-  boost::shared_ptr<image::OutputStrip> getStrip() const override { return this->getStorage(); }
-};
+using OutputStripAttribute =
+    Attribute<Derived, boost::shared_ptr<image::OutputStrip>, StripValue<image::OutputStrip>>;
+
+// Compiled once, in the library.
+extern template class VEXO_API ValueAttribute<bool>;
+extern template class VEXO_API ValueAttribute<std::int32_t>;
+extern template class VEXO_API ValueAttribute<std::uint32_t>;
+extern template class VEXO_API ValueAttribute<float>;
+extern template class VEXO_API ValueAttribute<double>;
+extern template class VEXO_API ValueAttribute<std::string>;
+extern template class VEXO_API ValueAttribute<boost::shared_ptr<const image::BaseImage>, BaseImageAttribute>;
+extern template class VEXO_API ValueAttribute<boost::shared_ptr<image::BaseImage>, BaseImageAttribute>;
+extern template class VEXO_API ImageValue<const image::BaseImage>;
+extern template class VEXO_API ImageValue<image::BaseImage>;
+extern template class VEXO_API
+    ValueAttribute<boost::shared_ptr<const image::InputStrip>, BaseInputStripAttribute>;
+extern template class VEXO_API
+    ValueAttribute<boost::shared_ptr<image::OutputStrip>, BaseOutputStripAttribute>;
+extern template class VEXO_API StripValue<const image::InputStrip>;
+extern template class VEXO_API StripValue<image::OutputStrip>;
 
 /// The parameters of a processor class, in declaration order.
 template <class... Attributes>
 struct AttributeList {
-  static AttributeColl create() { return {boost::make_shared<Attributes>()...}; }
+  static AttributeColl create() {
+    AttributeColl attributes;
+    attributes.reserve(sizeof...(Attributes));
+    (attributes.emplace_back(static_cast<BaseAttribute*>(new Attributes)), ...);
+    return attributes;
+  }
 };
 
 }  // namespace vexo::processor

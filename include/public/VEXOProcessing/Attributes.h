@@ -55,7 +55,9 @@ public:
   static constexpr char toolTip[] =
       "8-bit mask of the same size: only samples whose mask is not 0 are processed";
 };
-class OutOptWk1RealGpuImg : public processor::OutputImageAttribute<OutOptWk1RealGpuImg> {
+/// Marks an image that holds intermediate values of a run.
+struct WorkImage {};
+class OutOptWk1RealGpuImg : public processor::OutputImageAttribute<OutOptWk1RealGpuImg>, public WorkImage {
 public:
   static constexpr char toolTip[] = "32-bit float work image on the GPU";
 };

@@ -11,13 +11,13 @@ public:
   void runPiece(std::size_t pieceIndex, const core::RunShare& share) override;
 
 protected:
-  using Creator = boost::shared_ptr<BaseProcessor> (*)();
-  explicit BaseProcessorDispatcher(Creator creator) : _creator(creator) {}
+  explicit BaseProcessorDispatcher(const ProcessorClassInfo& processorClass) : _class(processorClass) {}
   /// Throws when a split serves another class of processor.
   void setSplits(std::vector<boost::shared_ptr<BaseSplit>> splits);
 
+  const ProcessorClassInfo& _class;
+
 private:
-  Creator _creator;
   std::vector<boost::shared_ptr<BaseSplit>> _splits;
 };
 
@@ -25,12 +25,11 @@ private:
 /// the run that they are a part of; it is passed for providers that choose by it.
 class VEXO_API BaseStaticProcessorDispatcher : public BaseProcessorDispatcher {
 public:
+  explicit BaseStaticProcessorDispatcher(const ProcessorClassInfo& processorClass)
+      : BaseProcessorDispatcher(processorClass) {}
   void initBase(const core::BasePriority& priority,
                 const std::vector<boost::shared_ptr<BaseStaticSplit>>& splits);
   std::size_t prepare() override { return _pieceCount; }
-
-protected:
-  using BaseProcessorDispatcher::BaseProcessorDispatcher;
 
 private:
   std::size_t _pieceCount = 0;
@@ -38,29 +37,25 @@ private:
 template <class P>
 class StaticProcessorDispatcher : public BaseStaticProcessorDispatcher {
 public:
-  StaticProcessorDispatcher() : BaseStaticProcessorDispatcher(&P::createBaseProcessor) {}
+  StaticProcessorDispatcher() : BaseStaticProcessorDispatcher(P::classInfo()) {}
 };
 
 /// Cuts the axis that the dynamic splits share into strips, by the dispatch policy of the processor class.
 class VEXO_API BaseDynamicProcessorDispatcher : public BaseProcessorDispatcher {
 public:
+  explicit BaseDynamicProcessorDispatcher(const ProcessorClassInfo& processorClass)
+      : BaseProcessorDispatcher(processorClass) {}
   void initBase(const core::BasePriority& priority,
                 const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits);
   std::size_t prepare() override;
 
-protected:
-  BaseDynamicProcessorDispatcher(Creator creator, const ProcessorDispatchPolicy& policy)
-      : BaseProcessorDispatcher(creator), _policy(policy) {}
-
 private:
-  ProcessorDispatchPolicy _policy;
   std::vector<boost::shared_ptr<BaseDynamicSplit>> _splits;
 };
 template <class P>
 class DynamicProcessorDispatcher : public BaseDynamicProcessorDispatcher {
 public:
-  DynamicProcessorDispatcher()
-      : BaseDynamicProcessorDispatcher(&P::createBaseProcessor, P::getDefaultDispatchPolicy()) {}
+  DynamicProcessorDispatcher() : BaseDynamicProcessorDispatcher(P::classInfo()) {}
 };
 
 /// The strips of an axis: as many as the policy allows, of equal length within one.

@@ -1,44 +1,28 @@
 #pragma once
 
 #include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessorClass.h"
 
 namespace vexo::imaproc {
 
-/// A processor that makes OutImg of the image In: it must have the sizes of In, and gets its type, too,
-/// unless the caller gives it.
-template <class Derived, class Base, class In>
+/// All images of the processor that are set agree in their five sizes; work images are left out.
+VEXO_API processor::RulePtr matchSizes(const processor::BaseProcessor& processor);
+/// Each mandatory output image that the caller does not give gets the geometry and type of the first input.
+VEXO_API void duplicateInput(const processor::BaseProcessor& processor,
+                             processor::OutputInitializerColl& initializers);
+/// The same, but 32-bit float.
+VEXO_API void promoteInput(const processor::BaseProcessor& processor,
+                           processor::OutputInitializerColl& initializers);
+
+/// A processor of images: those that are given must have the same sizes, and outputs are made like the first
+/// input.
+template <class Derived, class Base>
 class VEXO_API FilterClass : public processor::ProcessorClass<Derived, Base> {
 protected:
   void initOutputs(processor::OutputInitializerColl& initializers) const override {
-    initializers["OutImg"] = duplicateInOut<In, attr::OutImg>(this->template accessAttribute<attr::OutImg>(),
-                                                              this->template accessAttribute<In>());
+    duplicateInput(*this, initializers);
   }
-  processor::RulePtr createRule() const override {
-    return matchSize(this->template accessAttribute<In>(), this->template accessAttribute<attr::OutImg>());
-  }
+  processor::RulePtr createRule() const override { return matchSizes(*this); }
 };
-
-/// What a first level does whose pieces need nothing but its own values: Next on each plane of `input` and of
-/// OutImg, with the attributes As as they are.
-template <class Next, class... As>
-boost::shared_ptr<core::BaseActionProvider> dispatchPlanes(
-    const core::BasePriority& priority, const processor::BaseProcessor& level1,
-    const boost::shared_ptr<const image::BaseImage>& input) {
-  return processor::dispatchPieces<Next>(priority, planeSplit<Next, attr::InSubImg2d>(input),
-                                         planeSplit<Next, attr::OutImg>(level1.getStorage<attr::OutImg>()),
-                                         processor::staticNoSplit<Next, As>(level1.getStorage<As>())...);
-}
-/// The same on each volume.
-template <class Next, class... As>
-boost::shared_ptr<core::BaseActionProvider> dispatchVolumes(
-    const core::BasePriority& priority, const processor::BaseProcessor& level1,
-    const boost::shared_ptr<const image::BaseImage>& input) {
-  return processor::dispatchPieces<Next>(priority, volumeSplit<Next, attr::InSubImg3d>(input),
-                                         volumeSplit<Next, attr::OutImg>(level1.getStorage<attr::OutImg>()),
-                                         processor::staticNoSplit<Next, As>(level1.getStorage<As>())...);
-}
 
 }  // namespace vexo::imaproc

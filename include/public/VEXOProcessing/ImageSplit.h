@@ -19,6 +19,8 @@ class VEXO_API BaseSubImageSplit {
 public:
   BoolResult initBase(eSubImageSplitType type, eVolumeParsingType volume, eColorParsingType color,
                       eTemporalParsingType temporal, const boost::shared_ptr<const image::BaseImage>& image);
+  /// The usual parsing of the type: every plane, or every volume.
+  void initBase(eSubImageSplitType type, const boost::shared_ptr<const image::BaseImage>& image);
   std::size_t getSubImageCount() const { return _count; }
   boost::shared_ptr<const image::BaseImage> getSubImage(std::size_t index) const;
 
@@ -34,12 +36,7 @@ class SubImageSplit : public processor::TargetedSplit<processor::BaseStaticSplit
                       public BaseSubImageSplit {
 public:
   using Handle = typename A::StorageType;
-  SubImageSplit(const Handle& image, eSubImageSplitType type) {
-    initBase(type,
-             type == eSubImageSplitType::Plane2d ? eVolumeParsingType::SliceBySlice
-                                                 : eVolumeParsingType::WholeVolume,
-             eColorParsingType::ChannelByChannel, eTemporalParsingType::FrameByFrame, image);
-  }
+  SubImageSplit(const Handle& image, eSubImageSplitType type) { initBase(type, image); }
   std::optional<std::size_t> getPieceCount() const override { return getSubImageCount(); }
 
 protected:
@@ -92,65 +89,61 @@ VEXO_API image::StripMargins centredMargins(std::size_t halfX, std::size_t halfY
 VEXO_API image::StripMargins kernelMargins(const KernelXY& kernel);
 VEXO_API image::StripMargins kernelMargins(const KernelXYZ& kernel);
 
+/// An image in strips, as the dispatcher decides to cut it.
+class VEXO_API StripCutter {
+public:
+  using Extent = processor::BaseDynamicSplit::Extent;
+  /// Throws when the image is not in the memory of the host; the error names the attribute.
+  StripCutter(boost::shared_ptr<const image::BaseImage> image, image::eStripParsingDirection direction,
+              image::eStripAllocationType allocation, const image::StripMargins& margins,
+              const std::string& attributeName);
+
+  Extent getExtent() const;
+  /// Tells the cut. Strips to read in place keep copies of what other strips write.
+  void prepareToRead(const image::StripBounds& bounds);
+  void prepareToWrite(const image::StripBounds& bounds) { _bounds = bounds; }
+  boost::shared_ptr<const image::InputStrip> getInput(std::size_t index) const;
+  boost::shared_ptr<image::OutputStrip> getOutput(std::size_t index) const;
+
+private:
+  image::eStripParsingDirection copiedAxis() const;
+
+  boost::shared_ptr<const image::BaseImage> _image;
+  image::eStripParsingDirection _direction;
+  image::eStripAllocationType _allocation;
+  image::StripMargins _margins;
+  image::StripBounds _bounds;
+  boost::shared_ptr<const image::StripMarginCopies> _copies;
+};
+
 /// A strip of the image for each run. Img is const image::BaseImage for an attribute that reads strips,
 /// image::BaseImage for one that writes them.
 template <class P, class Img, class A, image::eStripParsingDirection direction>
 class ImageStripSplit : public processor::TargetedSplit<processor::BaseDynamicSplit, P, A> {
 public:
   using Extent = typename processor::BaseDynamicSplit::Extent;
-  ImageStripSplit(boost::shared_ptr<Img> image, image::eStripAllocationType allocation,
+  ImageStripSplit(const boost::shared_ptr<Img>& image, image::eStripAllocationType allocation,
                   const image::StripMargins& margins = {})
-      : _image(std::move(image)), _allocation(allocation), _margins(margins) {
-    image::hostImage(boost::shared_ptr<const image::BaseImage>(_image), A::info().name.c_str());
-  }
+      : _cutter(image, direction, allocation, margins, A::info().name) {}
 
-  std::optional<Extent> getExtent() const override {
-    constexpr int axis = static_cast<int>(direction);
-    return Extent{{_image->getSizeX(), _image->getSizeY(), _image->getSizeZ()},
-                  direction,
-                  std::max(_margins.before[axis], _margins.after[axis])};
-  }
+  std::optional<Extent> getExtent() const override { return _cutter.getExtent(); }
   void prepare(const image::StripBounds& bounds) override {
-    _bounds = bounds;
-    if constexpr (std::is_const_v<Img>) {
-      if (_allocation != image::eStripAllocationType::OwnBuffer) return;
-      const auto& host = image::hostImage(boost::shared_ptr<const image::BaseImage>(_image), "input strip");
-      const auto axis = copiedAxis();
-      const std::size_t size =
-          axis == image::eStripParsingDirection::Y ? _image->getSizeY() : _image->getSizeZ();
-      _copies = image::StripMarginCopies::create(
-          host, axis, axis == direction ? bounds : image::StripBounds{0, size}, _margins);
-    }
+    if constexpr (std::is_const_v<Img>)
+      _cutter.prepareToRead(bounds);
+    else
+      _cutter.prepareToWrite(bounds);
   }
 
 protected:
   typename A::StorageType getValue(std::size_t i) const override {
     if constexpr (std::is_const_v<Img>)
-      return boost::make_shared<image::InputStrip>(_image, direction, _bounds[i], _bounds[i + 1], _margins,
-                                                   _copies);
+      return _cutter.getInput(i);
     else
-      return boost::make_shared<image::OutputStrip>(_image, direction, _bounds[i], _bounds[i + 1],
-                                                    _allocation);
+      return _cutter.getOutput(i);
   }
 
 private:
-  /// Where strips read what is written: beyond the cut; or, for a kernel along Y or Z that runs within its
-  /// strip, at the ends of that axis, where the border sends it back into the image. Along X a row is loaded
-  /// as a whole.
-  image::eStripParsingDirection copiedAxis() const {
-    const auto reach = [this](int axis) { return std::max(_margins.before[axis], _margins.after[axis]); };
-    if (reach(static_cast<int>(direction)) == 0 && reach(0) == 0) {
-      if (reach(1) > 0 && reach(2) == 0) return image::eStripParsingDirection::Y;
-      if (reach(2) > 0 && reach(1) == 0) return image::eStripParsingDirection::Z;
-    }
-    return direction;
-  }
-
-  boost::shared_ptr<Img> _image;
-  image::eStripAllocationType _allocation;
-  image::StripMargins _margins;
-  image::StripBounds _bounds;
-  boost::shared_ptr<const image::StripMarginCopies> _copies;
+  StripCutter _cutter;
 };
 
 // Strips by their usual names, without margins and with those of a kernel.

@@ -36,7 +36,7 @@ protected:
   image::InputStripParser& accessParser() {
     return _parsers.inputs.at(A::info().name);
   }
-  /// The sample types that decide on the kernel: those of the strips, inputs first.
+  /// The sample types that decide on the kernel: those of the first strip to read and the first to write.
   virtual void getDataTypeIdColl(DataTypeIdentifierColl& types) const;
   /// What the kernel finds in ProcessingInfo::parameters; lives until the run has ended.
   virtual const void* getKernelParameters() const { return nullptr; }
@@ -53,10 +53,13 @@ private:
   DataParserColl _parsers;
 };
 
-/// Supplies the members that every third-level class has, on top of those of ProcessorClass.
-template <class Derived>
+/// Supplies the members that every third-level class has, on top of those of ProcessorClass. Source is the
+/// class whose kernel source serves this one.
+template <class Derived, class Source = Derived>
 class VEXO_API KernelProcessorClass : public ProcessorClass<Derived, BaseProcessingAlgorithm> {
 public:
+  using KernelSource = Source;
+
   static AlgorithmFunctionSelector& retrieveFunctionSelector() {
     static auto& selector = *new AlgorithmFunctionSelector;
     return selector;

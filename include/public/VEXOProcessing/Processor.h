@@ -2,6 +2,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <string>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,20 @@ enum class eProcessorRulePolicy { WithRules = 0, WithoutRules = 1 };
 struct ProcessorDispatchPolicy {
   std::size_t minStripLength = 64;
   std::size_t lengthPerMargin = 8;
+};
+
+class BaseProcessor;
+
+/// What a processor class states once for all its objects; see ProcessorClass.
+struct ProcessorClassInfo {
+  const std::string& typeName;
+  const std::string& objectName;
+  const std::string& (*getToolTip)();
+  std::uint32_t version;
+  ProcessorDispatchPolicy dispatchPolicy;
+  AttributeColl (*createAttributes)();
+  BaseProcessor* (*createNew)();
+  boost::shared_ptr<BaseProcessor> (*createShared)();
 };
 
 /// The child that a processor runs to do its work, by class name without namespace, and what speaks for it.
@@ -49,9 +64,13 @@ public:
   bool isInitialised() const { return _initialised; }
   eProcessorRulePolicy getRulePolicy() const { return _rulePolicy; }
 
-  virtual const std::string& getToolTip() const = 0;
-  virtual const std::string& getObjectName() const = 0;
-  virtual std::uint32_t getClassVersion() const = 0;
+  virtual const ProcessorClassInfo& getClassInfo() const = 0;
+  const std::string& getClassName() const final { return getClassInfo().typeName; }
+  const std::string& getObjectName() const { return getClassInfo().objectName; }
+  const std::string& getToolTip() const { return getClassInfo().getToolTip(); }
+  std::uint32_t getClassVersion() const { return getClassInfo().version; }
+  BaseDynamicObject* createNew() const final { return getClassInfo().createNew(); }
+  boost::shared_ptr<BaseDynamicObject> createShared() const final { return getClassInfo().createShared(); }
   const ProcessorDispatchPolicy& getDispatchPolicy() const { return _dispatchPolicy; }
 
   /// In declaration order; empty before init().
@@ -63,32 +82,30 @@ public:
   /// the attribute refuses the value (a null handle, a number out of range).
   template <class A>
   void set(const typename A::StorageType& value) {
-    const boost::shared_ptr<A> attribute = accessAttribute<A>();
+    const boost::shared_ptr<BaseAttribute>& attribute = accessOfClass(typeid(A), A::info());
     checkNotRunning();
-    attribute->setStorage(value);
+    static_cast<A&>(*attribute).setStorage(value);
     noteNewValue(*attribute);
   }
   /// The value or the default; a null handle when there is neither. Throws when the processor has no such
   /// attribute.
   template <class A>
   typename A::StorageType getStorage() const {
-    return accessAttribute<A>()->getStorage();
+    return static_cast<const A&>(*accessOfClass(typeid(A), A::info())).getStorage();
   }
   /// The attribute itself, for rules, initializers and splits; a value given through it is not checked
   /// against a run in progress.
   template <class A>
   boost::shared_ptr<A> accessAttribute() const {
-    for (const auto& attribute : _attributes) {
-      const BaseAttribute& held = *attribute;
-      if (typeid(held) == typeid(A)) return boost::static_pointer_cast<A>(attribute);
-    }
-    raiseNoSuchAttribute(A::info().name);
+    return boost::static_pointer_cast<A>(accessOfClass(typeid(A), A::info()));
   }
 
   /// What a run checks before it starts: mandatory inputs are set, no output overlaps an input in memory (but
   /// may be the same image), the rule holds. Throws the reason. Outputs that the run before created are
   /// dropped first: the next run creates its own.
   void checkCall();
+  /// What the rule says of the present values.
+  BoolResult checkRule() const { return _rule ? _rule->check() : BoolResult(true); }
   /// Where there are several implementations: those that the last run has chosen, in order, also when it
   /// failed; before a run with the attributes as they are now, those that the attributes alone decide, none
   /// while a mandatory input is missing. A value given through an attribute itself does not end what a run
@@ -113,10 +130,11 @@ public:
   void runNested(const core::RunShare& share) { execute(share); }
 
 protected:
-  virtual void initAttributeColl(AttributeColl& attributes, OutputInitializerColl& outputInitializers) = 0;
+  virtual void initAttributeColl(AttributeColl& attributes, OutputInitializerColl& outputInitializers);
   virtual BoolResult initDerived(AttributeColl& attributes, OutputInitializerColl& outputInitializers,
                                  ProcessorDispatchPolicy& dispatchPolicy, RulePtr& rule,
-                                 eProcessorRulePolicy rulePolicy) = 0;
+                                 eProcessorRulePolicy rulePolicy);
+  virtual void initOutputs(OutputInitializerColl&) const {}
   virtual RulePtr createRule() const { return none(); }
 
   /// Called before and after the work of a run.
@@ -136,6 +154,8 @@ private:
   void checkNotRunning() const;
   void checkNow();
   boost::shared_ptr<BaseAttribute> findMissingInput() const;
+  const boost::shared_ptr<BaseAttribute>& accessOfClass(const std::type_info& attributeClass,
+                                                        const AttributeInfo& info) const;
   [[noreturn]] void raiseNoSuchAttribute(const std::string& attributeName) const;
   void checkOverlaps() const;
   void noteNewValue(const BaseAttribute& attribute);

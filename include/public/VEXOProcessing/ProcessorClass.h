@@ -23,49 +23,43 @@ namespace vexo::processor {
 ///     void initOutputs(OutputInitializerColl&) const override;
 ///     RulePtr createRule() const override;
 ///   };
+///
+/// Nothing but names stands here: what a processor does is code of BaseProcessor, which finds the names in
+/// the ProcessorClassInfo.
 template <class Derived, class Base>
 class VEXO_API ProcessorClass : public Base {
 public:
   static constexpr std::uint32_t version = 1;
 
   static Derived* createNewObject() { return new Derived; }
-  BaseDynamicObject* createNew() const override { return createNewObject(); }
   static boost::shared_ptr<Derived> createSharedObject() { return boost::make_shared<Derived>(); }
-  boost::shared_ptr<BaseDynamicObject> createShared() const override { return createSharedObject(); }
   static boost::shared_ptr<Derived> createProcessor() { return createSharedObject(); }
   static boost::shared_ptr<BaseProcessor> createBaseProcessor() { return createSharedObject(); }
 
   static const std::string& getTypeName() { return typeName<Derived>(); }
-  const std::string& getClassName() const override { return getTypeName(); }
   static const std::string& getObjectNameStr() {
     static const auto& name = *new std::string(shortTypeName(getTypeName()));
     return name;
   }
-  const std::string& getObjectName() const override { return getObjectNameStr(); }
   static const std::string& getToolTipStr() {
     static const auto& toolTip = *new std::string(formatMessage(Derived::toolTipId));
     return toolTip;
   }
-  const std::string& getToolTip() const override { return getToolTipStr(); }
   static std::uint32_t getVersion() { return Derived::version; }
-  std::uint32_t getClassVersion() const override { return getVersion(); }
   static ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {}; }
 
-protected:
-  virtual void initOutputs(OutputInitializerColl&) const {}
-
-  void initAttributeColl(AttributeColl& attributes, OutputInitializerColl& outputInitializers) override {
-    attributes = Derived::Attributes::create();
-    initOutputs(outputInitializers);
+  static const ProcessorClassInfo& classInfo() {
+    static const auto& info = *new ProcessorClassInfo{getTypeName(),
+                                                      getObjectNameStr(),
+                                                      getToolTipStr,
+                                                      Derived::version,
+                                                      Derived::getDefaultDispatchPolicy(),
+                                                      Derived::Attributes::create,
+                                                      [] { return static_cast<BaseProcessor*>(new Derived); },
+                                                      createBaseProcessor};
+    return info;
   }
-  BoolResult initDerived(AttributeColl& attributes, OutputInitializerColl& outputInitializers,
-                         ProcessorDispatchPolicy& dispatchPolicy, RulePtr& rule,
-                         eProcessorRulePolicy rulePolicy) override {
-    initAttributeColl(attributes, outputInitializers);
-    dispatchPolicy = Derived::getDefaultDispatchPolicy();
-    rule = rulePolicy == eProcessorRulePolicy::WithoutRules ? none() : this->createRule();
-    return true;
-  }
+  const ProcessorClassInfo& getClassInfo() const override { return classInfo(); }
 };
 
 }  // namespace vexo::processor

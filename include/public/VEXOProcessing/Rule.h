@@ -65,6 +65,9 @@ VEXO_API processor::RulePtr matchSizeAndType(
     const boost::weak_ptr<const processor::BaseImageAttribute>& first,
     const boost::weak_ptr<const processor::BaseImageAttribute>& second);
 
+/// The image is 32-bit float, when it is set.
+VEXO_API processor::RulePtr isReal32(const boost::weak_ptr<const processor::BaseImageAttribute>& image);
+
 /// True when both are set and are the same image buffer: the processor works in place.
 VEXO_API bool isInSitu(const boost::shared_ptr<const processor::BaseImageAttribute>& input,
                        const boost::shared_ptr<const processor::BaseImageAttribute>& output);

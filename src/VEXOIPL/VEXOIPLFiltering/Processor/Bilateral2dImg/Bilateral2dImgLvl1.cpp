@@ -1,14 +1,12 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLvl1.h"
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLvl2.h"
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLevels.h"
 #include "VEXOProcessing/Call.h"
-#include "VEXOProcessing/ProcessorFactory.h"
 
 namespace vexo::imaproc::filter {
 namespace {
 
-const processor::ProcessorRegistrator<Bilateral2dImgLvl1> registrator;
+const FilterRegistrator<Bilateral2dImgLvl1, Bilateral2dImgLvl2, Bilateral2dImgLvl3> registrator;
 
 using Call = processor::CallForms<Bilateral2dImgLvl1, attr::OutImg, attr::InImg, attr::InSpaceSigma,
                                   attr::InRangeSigma>;
@@ -18,51 +16,39 @@ using CallWithHalf = processor::CallForms<Bilateral2dImgLvl1, attr::OutImg, attr
 }  // namespace
 
 BoolResult Bilateral2dImgLvl1::retrieveThirdProvider(const core::BasePriority& priority,
-                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  const auto input = getStorage<attr::InImg>();
-  const BilateralTables tables =
-      makeBilateralTables(*this, input->getBufferType(), _statistics, eBilateralWindow::Square);
-  provider = dispatchBilateral<Bilateral2dImgLvl2, attr::InSubImg2d>(priority, *this, input,
-                                                                     eSubImageSplitType::Plane2d, tables);
+                                                     core::ProviderPtr& provider) {
+  provider = dispatchBilateral<Bilateral2dImgLvl2, eSubImageSplitType::Plane2d>(priority, *this, _statistics,
+                                                                                eBilateralWindow::Square);
   return true;
 }
 
-boost::shared_ptr<image::BaseImage> bilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                                   double inSpaceSigma, double inRangeSigma) {
+image::ImagePtr bilateral2dImg(const image::ConstImagePtr& inImg, double inSpaceSigma, double inRangeSigma) {
   return Call::run(inImg, inSpaceSigma, inRangeSigma);
 }
-
-boost::shared_ptr<image::BaseImage> bilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                                   std::uint32_t inHalfKnlSize, double inSpaceSigma,
-                                                   double inRangeSigma) {
+image::ImagePtr bilateral2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                               double inSpaceSigma, double inRangeSigma) {
   return CallWithHalf::run(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
 }
-
-void bilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize,
-                    double inSpaceSigma, double inRangeSigma,
-                    const boost::shared_ptr<image::BaseImage>& outImg) {
+void bilateral2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                    double inRangeSigma, const image::ImagePtr& outImg) {
   CallWithHalf::fill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
 }
-
-boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma) {
+boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(const image::ConstImagePtr& inImg,
+                                                           double inSpaceSigma, double inRangeSigma) {
   return Call::start(inImg, inSpaceSigma, inRangeSigma);
 }
-
-boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma) {
+boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(const image::ConstImagePtr& inImg,
+                                                           std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                           double inRangeSigma) {
   return CallWithHalf::start(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
 }
-
-boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg) {
+boost::shared_ptr<Bilateral2dImgLvl1> bilateral2dImg_async(const image::ConstImagePtr& inImg,
+                                                           std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                           double inRangeSigma,
+                                                           const image::ImagePtr& outImg) {
   return CallWithHalf::startFill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
 }
-
-boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<Bilateral2dImgLvl1>& processor) {
+image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<Bilateral2dImgLvl1>& processor) {
   return Call::await(processor);
 }
 

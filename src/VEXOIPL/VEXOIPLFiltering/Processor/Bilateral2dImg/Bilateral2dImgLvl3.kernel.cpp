@@ -1,6 +1,6 @@
 // Bilateral filter of planes, for one strip.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralWindow.h"
+#include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralWindow.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
 namespace vexo::imaproc::filter {

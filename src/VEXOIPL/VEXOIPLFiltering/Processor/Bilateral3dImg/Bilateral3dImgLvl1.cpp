@@ -1,14 +1,12 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLvl1.h"
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLevels.h"
 #include "VEXOProcessing/Call.h"
-#include "VEXOProcessing/ProcessorFactory.h"
 
 namespace vexo::imaproc::filter {
 namespace {
 
-const processor::ProcessorRegistrator<Bilateral3dImgLvl1> registrator;
+const FilterRegistrator<Bilateral3dImgLvl1, Bilateral3dImgLvl2, Bilateral3dImgLvl3> registrator;
 
 using Call = processor::CallForms<Bilateral3dImgLvl1, attr::OutImg, attr::InImg3d, attr::InSpaceSigma,
                                   attr::InRangeSigma>;
@@ -18,51 +16,39 @@ using CallWithHalf = processor::CallForms<Bilateral3dImgLvl1, attr::OutImg, attr
 }  // namespace
 
 BoolResult Bilateral3dImgLvl1::retrieveThirdProvider(const core::BasePriority& priority,
-                                                     boost::shared_ptr<core::BaseActionProvider>& provider) {
-  const auto input = getStorage<attr::InImg3d>();
-  const BilateralTables tables =
-      makeBilateralTables(*this, input->getBufferType(), _statistics, eBilateralWindow::Cube);
-  provider = dispatchBilateral<Bilateral3dImgLvl2, attr::InSubImg3d>(priority, *this, input,
-                                                                     eSubImageSplitType::Volume3d, tables);
+                                                     core::ProviderPtr& provider) {
+  provider = dispatchBilateral<Bilateral3dImgLvl2, eSubImageSplitType::Volume3d>(priority, *this, _statistics,
+                                                                                 eBilateralWindow::Cube);
   return true;
 }
 
-boost::shared_ptr<image::BaseImage> bilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                                   double inSpaceSigma, double inRangeSigma) {
+image::ImagePtr bilateral3dImg(const image::ConstImagePtr& inImg, double inSpaceSigma, double inRangeSigma) {
   return Call::run(inImg, inSpaceSigma, inRangeSigma);
 }
-
-boost::shared_ptr<image::BaseImage> bilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                                   std::uint32_t inHalfKnlSize, double inSpaceSigma,
-                                                   double inRangeSigma) {
+image::ImagePtr bilateral3dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                               double inSpaceSigma, double inRangeSigma) {
   return CallWithHalf::run(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
 }
-
-void bilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize,
-                    double inSpaceSigma, double inRangeSigma,
-                    const boost::shared_ptr<image::BaseImage>& outImg) {
+void bilateral3dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                    double inRangeSigma, const image::ImagePtr& outImg) {
   CallWithHalf::fill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
 }
-
-boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma) {
+boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(const image::ConstImagePtr& inImg,
+                                                           double inSpaceSigma, double inRangeSigma) {
   return Call::start(inImg, inSpaceSigma, inRangeSigma);
 }
-
-boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma) {
+boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(const image::ConstImagePtr& inImg,
+                                                           std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                           double inRangeSigma) {
   return CallWithHalf::start(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
 }
-
-boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg) {
+boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(const image::ConstImagePtr& inImg,
+                                                           std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                           double inRangeSigma,
+                                                           const image::ImagePtr& outImg) {
   return CallWithHalf::startFill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
 }
-
-boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<Bilateral3dImgLvl1>& processor) {
+image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<Bilateral3dImgLvl1>& processor) {
   return Call::await(processor);
 }
 

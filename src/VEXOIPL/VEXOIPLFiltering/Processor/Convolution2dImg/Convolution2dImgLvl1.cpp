@@ -1,40 +1,14 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLvl1.h"
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLevels.h"
 #include "VEXOProcessing/Call.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
-#include "VEXOProcessing/ProcessorFactory.h"
 
 namespace vexo::imaproc::filter {
 namespace {
 
-const processor::ProcessorRegistrator<Convolution2dImgLvl1> registrator;
-
-}  // namespace
-
-void Convolution2dImgLvl1::initOutputs(processor::OutputInitializerColl& initializers) const {
-  initializers["OutImg"] = promoteUnary<attr::InImg, attr::OutImg>(accessAttribute<attr::OutImg>(),
-                                                                   accessAttribute<attr::InImg>());
-}
-
-processor::RulePtr Convolution2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>());
-}
-
-BoolResult Convolution2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
-                                                  boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = Convolution2dImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, planeSplit<Next, attr::InSubImg2d>(getStorage<attr::InImg>()),
-      planeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InKnlXY>(getStorage<attr::InKnlXY>()),
-      processor::staticNoSplit<Next, attr::InNormalize>(getStorage<attr::InNormalize>()),
-      processor::staticNoSplit<Next, attr::InConvolBorder2d>(getStorage<attr::InOptConvolBorder2d>()));
-  return true;
-}
-
-namespace {
+const FilterRegistrator<Convolution2dImgLvl1, Convolution2dImgLvl2, Convolution2dImgLvl3,
+                        Convolution2dImgGpuLvl3>
+    registrator;
 
 using Call =
     processor::CallForms<Convolution2dImgLvl1, attr::OutImg, attr::InImg, attr::InKnlXY, attr::InNormalize>;
@@ -43,58 +17,51 @@ using CallWithBorder = processor::CallForms<Convolution2dImgLvl1, attr::OutImg, 
 
 }  // namespace
 
-boost::shared_ptr<image::BaseImage> convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                                     const boost::shared_ptr<const KernelXY>& kernel,
-                                                     bool normalize) {
+BoolResult Convolution2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
+                                                  core::ProviderPtr& provider) {
+  provider = dispatchPlanes<Convolution2dImgLvl2>(
+      priority, *this, with<attr::InConvolBorder2d>(getStorage<attr::InOptConvolBorder2d>()));
+  return true;
+}
+
+image::ImagePtr convolution2dImg(const image::ConstImagePtr& inImg,
+                                 const boost::shared_ptr<const KernelXY>& kernel, bool normalize) {
   return Call::run(inImg, kernel, normalize);
 }
-
-boost::shared_ptr<image::BaseImage> convolution2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border) {
+image::ImagePtr convolution2dImg(const image::ConstImagePtr& inImg,
+                                 const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+                                 const boost::shared_ptr<const image::Border2dPolicy>& border) {
   return CallWithBorder::run(inImg, kernel, normalize, border);
 }
-
-void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                      const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
-                      const boost::shared_ptr<image::BaseImage>& outImg) {
+void convolution2dImg(const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+                      bool normalize, const image::ImagePtr& outImg) {
   Call::fill(inImg, kernel, normalize, outImg);
 }
-
-void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                      const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
-                      const boost::shared_ptr<const image::Border2dPolicy>& border,
-                      const boost::shared_ptr<image::BaseImage>& outImg) {
+void convolution2dImg(const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel,
+                      bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border,
+                      const image::ImagePtr& outImg) {
   CallWithBorder::fill(inImg, kernel, normalize, border, outImg);
 }
-
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize) {
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize) {
   return Call::start(inImg, kernel, normalize);
 }
-
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border) {
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+    const boost::shared_ptr<const image::Border2dPolicy>& border) {
   return CallWithBorder::start(inImg, kernel, normalize, border);
 }
-
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<image::BaseImage>& outImg) {
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+    const image::ImagePtr& outImg) {
   return Call::startFill(inImg, kernel, normalize, outImg);
 }
-
 boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border,
-    const boost::shared_ptr<image::BaseImage>& outImg) {
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+    const boost::shared_ptr<const image::Border2dPolicy>& border, const image::ImagePtr& outImg) {
   return CallWithBorder::startFill(inImg, kernel, normalize, border, outImg);
 }
-
-boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<Convolution2dImgLvl1>& processor) {
+image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<Convolution2dImgLvl1>& processor) {
   return Call::await(processor);
 }
 

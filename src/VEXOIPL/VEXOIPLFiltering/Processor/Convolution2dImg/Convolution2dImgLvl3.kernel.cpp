@@ -1,6 +1,6 @@
 // Convolution of one strip of planes.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/ConvolutionKernel.h"
+#include "VEXOIPL/VEXOIPLFiltering/Convolution/ConvolutionKernel.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
 namespace vexo::imaproc::filter {

@@ -1,6 +1,6 @@
 // Median of a rectangular window, for one strip of planes.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/GenericMedian2dImg/BitSearch.h"
+#include "VEXOIPL/VEXOIPLFiltering/Median/BitSearch.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {

@@ -1,8 +1,8 @@
 // Median of a box window, for one strip of volumes. The window of 3 x 3 x 3 voxels, the most common one, has
 // a list of exchanges of its own.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/GenericMedian2dImg/BitSearch.h"
-#include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/MedianNetwork.h"
+#include "VEXOIPL/VEXOIPLFiltering/Median/BitSearch.h"
+#include "VEXOIPL/VEXOIPLFiltering/Median/MedianNetwork.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {

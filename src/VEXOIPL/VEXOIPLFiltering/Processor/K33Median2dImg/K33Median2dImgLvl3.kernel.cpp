@@ -1,6 +1,6 @@
 // Median of 3 x 3 samples, for one strip of planes.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/MedianNetwork.h"
+#include "VEXOIPL/VEXOIPLFiltering/Median/MedianNetwork.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {

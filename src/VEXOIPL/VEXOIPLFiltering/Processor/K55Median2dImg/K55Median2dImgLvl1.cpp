@@ -1,52 +1,37 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl1.h"
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/K55Median2dImg/K55Median2dImgLevels.h"
 #include "VEXOProcessing/Call.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
-#include "VEXOProcessing/ProcessorFactory.h"
 
 namespace vexo::imaproc::filter {
 namespace {
 
-const processor::ProcessorRegistrator<K55Median2dImgLvl1> registrator;
-
-}  // namespace
-
-BoolResult K55Median2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
-                                                boost::shared_ptr<core::BaseActionProvider>& provider) {
-  provider = dispatchPlanes<K55Median2dImgLvl2>(priority, *this, getStorage<attr::InImg>());
-  return true;
-}
-
-namespace {
+const FilterRegistrator<K55Median2dImgLvl1, K55Median2dImgLvl2, K55Median2dImgLvl3> registrator;
 
 using Call = processor::CallForms<K55Median2dImgLvl1, attr::OutImg, attr::InImg>;
 
 }  // namespace
 
-boost::shared_ptr<image::BaseImage> k55Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg) {
+BoolResult K55Median2dImgLvl1::retrieveProvider(const core::BasePriority& priority,
+                                                core::ProviderPtr& provider) {
+  provider = dispatchPlanes<K55Median2dImgLvl2>(priority, *this);
+  return true;
+}
+
+image::ImagePtr k55Median2dImg(const image::ConstImagePtr& inImg) {
   return Call::run(inImg);
 }
-
-void k55Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                    const boost::shared_ptr<image::BaseImage>& outImg) {
+void k55Median2dImg(const image::ConstImagePtr& inImg, const image::ImagePtr& outImg) {
   Call::fill(inImg, outImg);
 }
-
-boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg) {
+boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(const image::ConstImagePtr& inImg) {
   return Call::start(inImg);
 }
-
-boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg,
-    const boost::shared_ptr<image::BaseImage>& outImg) {
+boost::shared_ptr<K55Median2dImgLvl1> k55Median2dImg_async(const image::ConstImagePtr& inImg,
+                                                           const image::ImagePtr& outImg) {
   return Call::startFill(inImg, outImg);
 }
-
-boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<K55Median2dImgLvl1>& processor) {
+image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<K55Median2dImgLvl1>& processor) {
   return Call::await(processor);
 }
 

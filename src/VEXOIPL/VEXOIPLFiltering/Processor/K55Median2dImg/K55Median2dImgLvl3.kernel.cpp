@@ -4,7 +4,7 @@
 // columns, as far as it matters. Thirteen values remain that may be the median: all others have too many
 // above or below them.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/MedianNetwork.h"
+#include "VEXOIPL/VEXOIPLFiltering/Median/MedianNetwork.h"
 #include "VEXOProcessing/Kernel/KernelTable.h"
 
 namespace vexo::imaproc::filter {

@@ -1,6 +1,6 @@
 // Masked mean over a window, for one strip of rows.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dMaskImg/MaskedSums.h"
+#include "VEXOIPL/VEXOIPLFiltering/MeanSmoothing/MaskedSums.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
 namespace vexo::imaproc::filter {

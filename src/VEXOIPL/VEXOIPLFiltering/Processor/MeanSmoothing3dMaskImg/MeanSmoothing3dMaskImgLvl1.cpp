@@ -2,17 +2,18 @@
 
 #include <limits>
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dMaskImg/MeanSmoothing3dMaskImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dMaskImg/MeanSmoothing3dMaskImgLevels.h"
 #include "VEXOIPL/VEXOIPLLogical/MaskRule.h"
 #include "VEXOProcessing/Call.h"
-#include "VEXOProcessing/Dispatcher.h"
-#include "VEXOProcessing/ImageSplit.h"
-#include "VEXOProcessing/ProcessorFactory.h"
 
 namespace vexo::imaproc::filter {
 namespace {
 
-const processor::ProcessorRegistrator<MeanSmoothing3dMaskImgLvl1> registrator;
+const FilterRegistrator<MeanSmoothing3dMaskImgLvl1, MeanSmoothing3dMaskImgLvl2, MeanSmoothing3dMaskImgLvl3>
+    registrator;
+
+using Call = processor::CallForms<MeanSmoothing3dMaskImgLvl1, attr::OutImg, attr::InImg3d, attr::InBinImg3d,
+                                  attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>;
 
 }  // namespace
 
@@ -31,57 +32,34 @@ processor::RulePtr MeanSmoothing3dMaskImgLvl1::createRule() const {
          });
 }
 
-BoolResult MeanSmoothing3dMaskImgLvl1::retrieveProvider(
-    const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
-  using Next = MeanSmoothing3dMaskImgLvl2;
-  provider = processor::dispatchPieces<Next>(
-      priority, volumeSplit<Next, attr::InSubImg3d>(getStorage<attr::InImg3d>()),
-      volumeSplit<Next, attr::InSubBinImg3d>(getStorage<attr::InBinImg3d>()),
-      volumeSplit<Next, attr::OutImg>(getStorage<attr::OutImg>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeX>(getStorage<attr::InHalfKnlSizeX>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeY>(getStorage<attr::InHalfKnlSizeY>()),
-      processor::staticNoSplit<Next, attr::InHalfKnlSizeZ>(getStorage<attr::InHalfKnlSizeZ>()));
+BoolResult MeanSmoothing3dMaskImgLvl1::retrieveProvider(const core::BasePriority& priority,
+                                                        core::ProviderPtr& provider) {
+  provider = dispatchVolumes<MeanSmoothing3dMaskImgLvl2>(priority, *this);
   return true;
 }
 
-namespace {
-
-using Call = processor::CallForms<MeanSmoothing3dMaskImgLvl1, attr::OutImg, attr::InImg3d, attr::InBinImg3d,
-                                  attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ>;
-
-}  // namespace
-
-boost::shared_ptr<image::BaseImage> meanSmoothing3dMaskImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
+image::ImagePtr meanSmoothing3dMaskImg(const image::ConstImagePtr& inImg3d,
+                                       const image::ConstImagePtr& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+                                       std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
   return Call::run(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
-
-void meanSmoothing3dMaskImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
-                            const boost::shared_ptr<const image::BaseImage>& inMaskImg3d,
+void meanSmoothing3dMaskImg(const image::ConstImagePtr& inImg3d, const image::ConstImagePtr& inMaskImg3d,
                             std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                            std::uint32_t inHalfKnlSizeZ, const boost::shared_ptr<image::BaseImage>& outImg) {
+                            std::uint32_t inHalfKnlSizeZ, const image::ImagePtr& outImg) {
   Call::fill(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
-
 boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
+    const image::ConstImagePtr& inImg3d, const image::ConstImagePtr& inMaskImg3d,
+    std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ) {
   return Call::start(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ);
 }
-
 boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
-    const boost::shared_ptr<image::BaseImage>& outImg) {
+    const image::ConstImagePtr& inImg3d, const image::ConstImagePtr& inMaskImg3d,
+    std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const image::ImagePtr& outImg) {
   return Call::startFill(inImg3d, inMaskImg3d, inHalfKnlSizeX, inHalfKnlSizeY, inHalfKnlSizeZ, outImg);
 }
-
-boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<MeanSmoothing3dMaskImgLvl1>& processor) {
+image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<MeanSmoothing3dMaskImgLvl1>& processor) {
   return Call::await(processor);
 }
 

@@ -4,7 +4,7 @@
 // running sums again, over tiles of columns and rows that run through all slices, because the sums of whole
 // slices would fall out of the cache.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dMaskImg/MaskedSums.h"
+#include "VEXOIPL/VEXOIPLFiltering/MeanSmoothing/MaskedSums.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 
 namespace vexo::imaproc::filter {

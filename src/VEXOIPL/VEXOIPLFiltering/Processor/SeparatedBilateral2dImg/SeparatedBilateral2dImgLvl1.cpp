@@ -1,14 +1,14 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral2dImg/SeparatedBilateral2dImgLvl1.h"
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
-#include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral2dImg/SeparatedBilateral2dImgLvl2.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral2dImg/SeparatedBilateral2dImgLevels.h"
 #include "VEXOProcessing/Call.h"
-#include "VEXOProcessing/ProcessorFactory.h"
 
 namespace vexo::imaproc::filter {
 namespace {
 
-const processor::ProcessorRegistrator<SeparatedBilateral2dImgLvl1> registrator;
+const FilterRegistrator<SeparatedBilateral2dImgLvl1, SeparatedBilateral2dImgLvl2,
+                        SeparatedBilateralX2dImgLvl3, SeparatedBilateralY2dImgLvl3>
+    registrator;
 
 using Call = processor::CallForms<SeparatedBilateral2dImgLvl1, attr::OutImg, attr::InImg, attr::InSpaceSigma,
                                   attr::InRangeSigma>;
@@ -17,52 +17,40 @@ using CallWithHalf = processor::CallForms<SeparatedBilateral2dImgLvl1, attr::Out
 
 }  // namespace
 
-BoolResult SeparatedBilateral2dImgLvl1::retrieveThirdProvider(
-    const core::BasePriority& priority, boost::shared_ptr<core::BaseActionProvider>& provider) {
-  const auto input = getStorage<attr::InImg>();
-  const BilateralTables tables =
-      makeBilateralTables(*this, input->getBufferType(), _statistics, eBilateralWindow::Walk);
-  provider = dispatchBilateral<SeparatedBilateral2dImgLvl2, attr::InSubImg2d>(
-      priority, *this, input, eSubImageSplitType::Plane2d, tables);
+BoolResult SeparatedBilateral2dImgLvl1::retrieveThirdProvider(const core::BasePriority& priority,
+                                                              core::ProviderPtr& provider) {
+  provider = dispatchBilateral<SeparatedBilateral2dImgLvl2, eSubImageSplitType::Plane2d>(
+      priority, *this, _statistics, eBilateralWindow::Walk);
   return true;
 }
 
-boost::shared_ptr<image::BaseImage> separatedBilateral2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma) {
+image::ImagePtr separatedBilateral2dImg(const image::ConstImagePtr& inImg, double inSpaceSigma,
+                                        double inRangeSigma) {
   return Call::run(inImg, inSpaceSigma, inRangeSigma);
 }
-
-boost::shared_ptr<image::BaseImage> separatedBilateral2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma) {
+image::ImagePtr separatedBilateral2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                                        double inSpaceSigma, double inRangeSigma) {
   return CallWithHalf::run(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
 }
-
-void separatedBilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                             std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
-                             const boost::shared_ptr<image::BaseImage>& outImg) {
+void separatedBilateral2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                             double inSpaceSigma, double inRangeSigma, const image::ImagePtr& outImg) {
   CallWithHalf::fill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
 }
-
 boost::shared_ptr<SeparatedBilateral2dImgLvl1> separatedBilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma) {
+    const image::ConstImagePtr& inImg, double inSpaceSigma, double inRangeSigma) {
   return Call::start(inImg, inSpaceSigma, inRangeSigma);
 }
-
 boost::shared_ptr<SeparatedBilateral2dImgLvl1> separatedBilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
     double inRangeSigma) {
   return CallWithHalf::start(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma);
 }
-
 boost::shared_ptr<SeparatedBilateral2dImgLvl1> separatedBilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg) {
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
+    const image::ImagePtr& outImg) {
   return CallWithHalf::startFill(inImg, inHalfKnlSize, inSpaceSigma, inRangeSigma, outImg);
 }
-
-boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<SeparatedBilateral2dImgLvl1>& processor) {
+image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<SeparatedBilateral2dImgLvl1>& processor) {
   return Call::await(processor);
 }
 

@@ -1,6 +1,6 @@
 // Passes of the separated bilateral filter of planes, for one strip.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral2dImg/BilateralWalk.h"
+#include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralWalk.h"
 
 namespace vexo::imaproc::filter {
 class SeparatedBilateralX2dImgLvl3;

@@ -1,6 +1,6 @@
 // Passes of the separated bilateral filter of volumes, for one strip: those of planes, and one more.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral2dImg/BilateralWalk.h"
+#include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralWalk.h"
 
 namespace vexo::imaproc::filter {
 class SeparatedBilateralX2dImgLvl3;

@@ -1,15 +1,10 @@
-#include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLvl2.h"
+#include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLevels.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "VEXOProcessing/ProcessorFactory.h"
-
 namespace vexo::imaproc::glbmsr {
 namespace {
-
-const processor::ProcessorRegistrator<StatsMsr2dLvl2> registrator2d;
-const processor::ProcessorRegistrator<StatsMsr3dLvl2> registrator3d;
 
 using SignedWide = __int128;
 
@@ -42,6 +37,12 @@ void fillFrom(const RealSums& sums, attr::StatsResult& result) {
 }
 
 }  // namespace
+
+StatsMsrSums addUp(const std::vector<boost::shared_ptr<StatsMsrSums>>& parts) {
+  StatsMsrSums sums = emptySums();
+  for (const auto& part : parts) add(sums, *part);
+  return sums;
+}
 
 void fillResult(const StatsMsrSums& sums, attr::StatsResult& result) {
   if (sums.integers.count != 0)

@@ -5,7 +5,7 @@
 
 #include "Calls.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLvl1.h"
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
+#include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralTables.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/MedianReference.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral2dImg/SeparatedBilateral2dImgLvl1.h"

@@ -3,7 +3,7 @@
 
 #include "VEXOIPL/VEXOIPLFiltering/TestImages.h"
 #include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLvl1.h"
-#include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLvl2.h"
+#include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLevels.h"
 #include "VEXOSerialization/JsonArchive.h"
 
 namespace vexo::imaproc::glbmsr {

@@ -12,7 +12,7 @@
 
 #include <stddef.h>
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/HistoO1Median2dImg/Levels.h"
+#include "VEXOIPL/VEXOIPLFiltering/Median/LevelLines.h"
 
 namespace vexo::VEXO_KERNEL_SET {
 namespace {

@@ -2,7 +2,7 @@
 
 // Pearson colocalization map of two images, for one strip of any cut.
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/PearsonColocalization2dImg/PearsonParameters.h"
+#include "VEXOIPL/VEXOIPLFiltering/Pearson/PearsonParameters.h"
 #include "VEXOProcessing/Kernel/Integers.h"
 #include "VEXOProcessing/Kernel/Tables.h"
 

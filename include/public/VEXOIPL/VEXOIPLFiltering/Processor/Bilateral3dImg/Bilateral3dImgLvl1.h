@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralClass.h"
+#include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 
 namespace vexo::imaproc::filter {
@@ -13,8 +13,7 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::Bilateral3dImgLvl1;
 
 private:
-  BoolResult retrieveThirdProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveThirdProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// bilateral2dImg in volumes: the window has (2 h + 1)^3 voxels, deviations and h are in voxels, and each
@@ -25,27 +24,23 @@ private:
 /// other are saved first, and each thread holds the results of a strip: up to the memory of another image.
 /// Memory of a thread besides, as floats: three times up to 256 columns, or 2 h, of a strip and its margins
 /// in h + 1 slices.
-VEXO_API boost::shared_ptr<image::BaseImage> bilateral3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
-VEXO_API boost::shared_ptr<image::BaseImage> bilateral3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma);
-VEXO_API void bilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                             std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
-                             const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr bilateral3dImg(const image::ConstImagePtr& inImg, double inSpaceSigma,
+                                        double inRangeSigma);
+VEXO_API image::ImagePtr bilateral3dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                                        double inSpaceSigma, double inRangeSigma);
+VEXO_API void bilateral3dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                             double inSpaceSigma, double inRangeSigma, const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
-VEXO_API boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
-VEXO_API boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma);
-VEXO_API boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<Bilateral3dImgLvl1>& processor);
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
+VEXO_API boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(const image::ConstImagePtr& inImg,
+                                                                    double inSpaceSigma, double inRangeSigma);
+VEXO_API boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(const image::ConstImagePtr& inImg,
+                                                                    std::uint32_t inHalfKnlSize,
+                                                                    double inSpaceSigma, double inRangeSigma);
+VEXO_API boost::shared_ptr<Bilateral3dImgLvl1> bilateral3dImg_async(const image::ConstImagePtr& inImg,
+                                                                    std::uint32_t inHalfKnlSize,
+                                                                    double inSpaceSigma, double inRangeSigma,
+                                                                    const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<Bilateral3dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

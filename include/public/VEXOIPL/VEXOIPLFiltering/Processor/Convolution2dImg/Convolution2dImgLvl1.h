@@ -1,24 +1,23 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 class VEXO_API Convolution2dImgLvl1 final
-    : public processor::ProcessorClass<Convolution2dImgLvl1, processor::BaseAsync1Processor> {
+    : public FilterClass<Convolution2dImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InKnlXY, attr::InNormalize,
                                               attr::InOptConvolBorder2d, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::Convolution2dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
-  processor::RulePtr createRule() const override;
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  void initOutputs(processor::OutputInitializerColl& initializers) const override {
+    promoteInput(*this, initializers);
+  }
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Convolution: each pixel becomes the sum of its neighbours' values, weighted by the points of the kernel; a
@@ -37,37 +36,31 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image, the kernel or the border is null, the
 /// constant of the border is not finite, an offset is too far, the sizes of the output differ, the output
 /// overlaps the input without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> convolution2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize);
-VEXO_API boost::shared_ptr<image::BaseImage> convolution2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border);
-VEXO_API void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+VEXO_API image::ImagePtr convolution2dImg(const image::ConstImagePtr& inImg,
+                                          const boost::shared_ptr<const KernelXY>& kernel, bool normalize);
+VEXO_API image::ImagePtr convolution2dImg(const image::ConstImagePtr& inImg,
+                                          const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+                                          const boost::shared_ptr<const image::Border2dPolicy>& border);
+VEXO_API void convolution2dImg(const image::ConstImagePtr& inImg,
                                const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
-                               const boost::shared_ptr<image::BaseImage>& outImg);
-VEXO_API void convolution2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
+                               const image::ImagePtr& outImg);
+VEXO_API void convolution2dImg(const image::ConstImagePtr& inImg,
                                const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
                                const boost::shared_ptr<const image::Border2dPolicy>& border,
-                               const boost::shared_ptr<image::BaseImage>& outImg);
+                               const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps images and kernel alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize);
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize);
 VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border);
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+    const boost::shared_ptr<const image::Border2dPolicy>& border);
 VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<image::BaseImage>& outImg);
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+    const image::ImagePtr& outImg);
 VEXO_API boost::shared_ptr<Convolution2dImgLvl1> convolution2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, const boost::shared_ptr<const KernelXY>& kernel,
-    bool normalize, const boost::shared_ptr<const image::Border2dPolicy>& border,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<Convolution2dImgLvl1>& processor);
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<const KernelXY>& kernel, bool normalize,
+    const boost::shared_ptr<const image::Border2dPolicy>& border, const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<Convolution2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

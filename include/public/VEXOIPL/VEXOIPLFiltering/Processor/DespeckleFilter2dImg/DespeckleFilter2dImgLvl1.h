@@ -7,7 +7,7 @@ namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 class VEXO_API DespeckleFilter2dImgLvl1 final
-    : public FilterClass<DespeckleFilter2dImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
+    : public FilterClass<DespeckleFilter2dImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::InFactor, attr::OutImg>;
@@ -15,8 +15,7 @@ public:
 
 private:
   processor::RulePtr createRule() const override;
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Removes isolated outliers: a pixel v becomes the mean of its neighbours where inFactor * |v - mean| >
@@ -35,23 +34,20 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
 /// factor is not finite, sizes or type of the output differ, the output overlaps the input without being the
 /// same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> despeckleFilter2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, double inFactor);
-VEXO_API void despeckleFilter2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                   std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                   double inFactor, const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr despeckleFilter2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                              std::uint32_t inHalfKnlSizeY, double inFactor);
+VEXO_API void despeckleFilter2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                   std::uint32_t inHalfKnlSizeY, double inFactor,
+                                   const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, double inFactor);
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    double inFactor);
 VEXO_API boost::shared_ptr<DespeckleFilter2dImgLvl1> despeckleFilter2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, double inFactor, const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    double inFactor, const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<DespeckleFilter2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

@@ -8,7 +8,7 @@ namespace vexo::imaproc::filter {
 /// Level 1, the whole image: makes one kernel for each axis and has the convolution apply them one after the
 /// other, the first from the input into the output, the others in place on the output.
 class VEXO_API GaussianSmoothing2dImgLvl1 final
-    : public FilterClass<GaussianSmoothing2dImgLvl1, processor::BaseAsync2Processor, attr::InImg> {
+    : public FilterClass<GaussianSmoothing2dImgLvl1, processor::BaseAsync2Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InStdDevX, attr::InStdDevY,
                                               attr::InOptSmoothingGaussianCoverage, attr::OutImg>;
@@ -17,18 +17,14 @@ public:
 private:
   processor::RulePtr createRule() const override;
   BoolResult preProcess() override;
-  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
+  BoolResult retrieveSecondProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   void clearIntermediateData() override;
 
-  boost::shared_ptr<core::BaseActionProvider> makePass(const core::BasePriority& priority,
-                                                       const boost::shared_ptr<const image::BaseImage>& from,
-                                                       const boost::shared_ptr<const KernelXY>& kernel) const;
+  core::ProviderPtr makePass(const core::BasePriority& priority, const image::ConstImagePtr& from,
+                             const boost::shared_ptr<const KernelXY>& kernel) const;
 
   boost::shared_ptr<KernelXY> _kernelX, _kernelY;
-  boost::shared_ptr<const image::Border2dPolicy> _border;
 };
 
 /// Gaussian smoothing: each plane of a volume, of a multi-channel image or of a time series is smoothed on
@@ -50,29 +46,24 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image or the coverage is null, a deviation is
 /// negative, not finite or too large for a kernel, the coverage is outside ]0, 1[, the sizes of the output
 /// differ, the output overlaps the input without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> gaussianSmoothing2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, float stdDev);
-VEXO_API boost::shared_ptr<image::BaseImage> gaussianSmoothing2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX, float stdDevY,
+VEXO_API image::ImagePtr gaussianSmoothing2dImg(const image::ConstImagePtr& inImg, float stdDev);
+VEXO_API image::ImagePtr gaussianSmoothing2dImg(
+    const image::ConstImagePtr& inImg, float stdDevX, float stdDevY,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage);
-VEXO_API void gaussianSmoothing2dImg(const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX,
-                                     float stdDevY,
+VEXO_API void gaussianSmoothing2dImg(const image::ConstImagePtr& inImg, float stdDevX, float stdDevY,
                                      const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
-                                     const boost::shared_ptr<image::BaseImage>& outImg);
+                                     const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only null handles throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<GaussianSmoothing2dImgLvl1> gaussianSmoothing2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, float stdDev);
+    const image::ConstImagePtr& inImg, float stdDev);
 VEXO_API boost::shared_ptr<GaussianSmoothing2dImgLvl1> gaussianSmoothing2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX, float stdDevY,
+    const image::ConstImagePtr& inImg, float stdDevX, float stdDevY,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage);
 VEXO_API boost::shared_ptr<GaussianSmoothing2dImgLvl1> gaussianSmoothing2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, float stdDevX, float stdDevY,
-    const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg, float stdDevX, float stdDevY,
+    const boost::shared_ptr<const attr::GaussianCoverage>& coverage, const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<GaussianSmoothing2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

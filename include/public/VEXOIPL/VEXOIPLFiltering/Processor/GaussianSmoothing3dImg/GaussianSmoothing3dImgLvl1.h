@@ -8,7 +8,7 @@ namespace vexo::imaproc::filter {
 /// Level 1, the whole image: makes one kernel for each axis and has the convolution apply them one after the
 /// other, the first from the input into the output, the others in place on the output.
 class VEXO_API GaussianSmoothing3dImgLvl1 final
-    : public FilterClass<GaussianSmoothing3dImgLvl1, processor::BaseAsync3Processor, attr::InImg3d> {
+    : public FilterClass<GaussianSmoothing3dImgLvl1, processor::BaseAsync3Processor> {
 public:
   using Attributes =
       processor::AttributeList<attr::InImg3d, attr::InStdDevX, attr::InStdDevY, attr::InStdDevZ,
@@ -18,20 +18,15 @@ public:
 private:
   processor::RulePtr createRule() const override;
   BoolResult preProcess() override;
-  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveThirdProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
+  BoolResult retrieveSecondProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
+  BoolResult retrieveThirdProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   void clearIntermediateData() override;
 
-  boost::shared_ptr<core::BaseActionProvider> makePass(
-      const core::BasePriority& priority, const boost::shared_ptr<const image::BaseImage>& from,
-      const boost::shared_ptr<const KernelXYZ>& kernel) const;
+  core::ProviderPtr makePass(const core::BasePriority& priority, const image::ConstImagePtr& from,
+                             const boost::shared_ptr<const KernelXYZ>& kernel) const;
 
   boost::shared_ptr<KernelXYZ> _kernelX, _kernelY, _kernelZ;
-  boost::shared_ptr<const image::Border3dPolicy> _border;
 };
 
 /// Gaussian smoothing of each volume, along X, then Y, then Z; colour planes and time frames are smoothed on
@@ -52,29 +47,25 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image or the coverage is null, a deviation is
 /// negative, not finite or too large for a kernel, the coverage is outside ]0, 1[, the sizes of the output
 /// differ, the output overlaps the input without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> gaussianSmoothing3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDev);
-VEXO_API boost::shared_ptr<image::BaseImage> gaussianSmoothing3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
+VEXO_API image::ImagePtr gaussianSmoothing3dImg(const image::ConstImagePtr& inImg3d, float stdDev);
+VEXO_API image::ImagePtr gaussianSmoothing3dImg(
+    const image::ConstImagePtr& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage);
-VEXO_API void gaussianSmoothing3dImg(const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX,
-                                     float stdDevY, float stdDevZ,
+VEXO_API void gaussianSmoothing3dImg(const image::ConstImagePtr& inImg3d, float stdDevX, float stdDevY,
+                                     float stdDevZ,
                                      const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
-                                     const boost::shared_ptr<image::BaseImage>& outImg);
+                                     const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only null handles throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDev);
+    const image::ConstImagePtr& inImg3d, float stdDev);
 VEXO_API boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
+    const image::ConstImagePtr& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
     const boost::shared_ptr<const attr::GaussianCoverage>& coverage);
 VEXO_API boost::shared_ptr<GaussianSmoothing3dImgLvl1> gaussianSmoothing3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
-    const boost::shared_ptr<const attr::GaussianCoverage>& coverage,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg3d, float stdDevX, float stdDevY, float stdDevZ,
+    const boost::shared_ptr<const attr::GaussianCoverage>& coverage, const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<GaussianSmoothing3dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

@@ -7,15 +7,14 @@ namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each volume to level 2.
 class VEXO_API GenericMedian3dImgLvl1 final
-    : public FilterClass<GenericMedian3dImgLvl1, processor::BaseAsync1Processor, attr::InImg3d> {
+    : public FilterClass<GenericMedian3dImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::InHalfKnlSizeZ, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::GenericMedian3dImgLvl1;
 
 private:
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Median of a window of any size: each voxel becomes the middle one of the
@@ -38,25 +37,22 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size or the window is too
 /// large, the sizes of the output differ, the output overlaps the input without being the same image. The
 /// output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> genericMedian3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
-VEXO_API void genericMedian3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                 std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                 std::uint32_t inHalfKnlSizeZ,
-                                 const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr genericMedian3dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                            std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
+VEXO_API void genericMedian3dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                 std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+                                 const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
-VEXO_API boost::shared_ptr<GenericMedian3dImgLvl1> genericMedian3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
-VEXO_API boost::shared_ptr<GenericMedian3dImgLvl1> genericMedian3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<GenericMedian3dImgLvl1>& processor);
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
+VEXO_API boost::shared_ptr<GenericMedian3dImgLvl1> genericMedian3dImg_async(const image::ConstImagePtr& inImg,
+                                                                            std::uint32_t inHalfKnlSizeX,
+                                                                            std::uint32_t inHalfKnlSizeY,
+                                                                            std::uint32_t inHalfKnlSizeZ);
+VEXO_API boost::shared_ptr<GenericMedian3dImgLvl1> genericMedian3dImg_async(const image::ConstImagePtr& inImg,
+                                                                            std::uint32_t inHalfKnlSizeX,
+                                                                            std::uint32_t inHalfKnlSizeY,
+                                                                            std::uint32_t inHalfKnlSizeZ,
+                                                                            const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<GenericMedian3dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

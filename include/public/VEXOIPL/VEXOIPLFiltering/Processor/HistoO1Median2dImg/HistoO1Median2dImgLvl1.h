@@ -7,15 +7,14 @@ namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 class VEXO_API HistoO1Median2dImgLvl1 final
-    : public FilterClass<HistoO1Median2dImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
+    : public FilterClass<HistoO1Median2dImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::InInputRange, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::HistoO1Median2dImgLvl1;
 
 private:
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Median by histograms, in constant time per pixel: each pixel becomes
@@ -41,25 +40,21 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image or the range is null, the range is reversed
 /// or not finite, a half size is too large, the sizes of the output differ, the output overlaps the input
 /// without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> histoO1Median2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange);
-VEXO_API void histoO1Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                 std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+VEXO_API image::ImagePtr histoO1Median2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                            std::uint32_t inHalfKnlSizeY,
+                                            const boost::shared_ptr<const attr::Range>& inInputRange);
+VEXO_API void histoO1Median2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                 std::uint32_t inHalfKnlSizeY,
                                  const boost::shared_ptr<const attr::Range>& inInputRange,
-                                 const boost::shared_ptr<image::BaseImage>& outImg);
+                                 const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<HistoO1Median2dImgLvl1> histoO1Median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange);
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    const boost::shared_ptr<const attr::Range>& inInputRange);
 VEXO_API boost::shared_ptr<HistoO1Median2dImgLvl1> histoO1Median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<const attr::Range>& inInputRange,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<HistoO1Median2dImgLvl1>& processor);
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    const boost::shared_ptr<const attr::Range>& inInputRange, const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<HistoO1Median2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

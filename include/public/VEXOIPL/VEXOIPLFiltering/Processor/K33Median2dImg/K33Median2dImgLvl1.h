@@ -7,14 +7,13 @@ namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 class VEXO_API K33Median2dImgLvl1 final
-    : public FilterClass<K33Median2dImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
+    : public FilterClass<K33Median2dImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::K33Median2dImgLvl1;
 
 private:
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Median of 3 x 3 pixels: each pixel becomes the middle one of the 9 around it in order of value. Pixels
@@ -30,20 +29,13 @@ private:
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, the sizes of the output differ,
 /// the output overlaps the input without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> k33Median2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg);
-VEXO_API void k33Median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                             const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr k33Median2dImg(const image::ConstImagePtr& inImg);
+VEXO_API void k33Median2dImg(const image::ConstImagePtr& inImg, const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
-VEXO_API boost::shared_ptr<K33Median2dImgLvl1> k33Median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg);
-VEXO_API boost::shared_ptr<K33Median2dImgLvl1> k33Median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<K33Median2dImgLvl1>& processor);
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
+VEXO_API boost::shared_ptr<K33Median2dImgLvl1> k33Median2dImg_async(const image::ConstImagePtr& inImg);
+VEXO_API boost::shared_ptr<K33Median2dImgLvl1> k33Median2dImg_async(const image::ConstImagePtr& inImg,
+                                                                    const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<K33Median2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

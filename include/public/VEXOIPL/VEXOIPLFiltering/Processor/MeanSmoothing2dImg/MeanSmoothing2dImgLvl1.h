@@ -14,7 +14,7 @@ namespace vexo::imaproc::filter {
 /// caller gives none, by FilterClass. A filter that wants it otherwise overrides createRule() or
 /// initOutputs().
 class VEXO_API MeanSmoothing2dImgLvl1 final
-    : public FilterClass<MeanSmoothing2dImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
+    : public FilterClass<MeanSmoothing2dImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::OutImg, attr::OutOptWk1RealGpuImg>;
@@ -22,8 +22,7 @@ public:
 
 private:
   processor::ChoiceColl foreseeChoices() const override;
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Box (moving-average) smoothing: each pixel becomes the mean of the (2 halfX + 1) x (2 halfY + 1) pixels
@@ -42,23 +41,21 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
 /// sizes of the output differ, the output overlaps the input without being the same image. The output is then
 /// untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> meanSmoothing2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY);
-VEXO_API void meanSmoothing2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                 std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                 const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr meanSmoothing2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                            std::uint32_t inHalfKnlSizeY);
+VEXO_API void meanSmoothing2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                 std::uint32_t inHalfKnlSizeY, const image::ImagePtr& outImg);
 
 /// As above, but returns at once. The processor keeps the images alive and a failure of the run until
 /// getAsyncProcessorOutput is called; only values that are refused throw here.
-VEXO_API boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY);
-VEXO_API boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(const image::ConstImagePtr& inImg,
+                                                                            std::uint32_t inHalfKnlSizeX,
+                                                                            std::uint32_t inHalfKnlSizeY);
+VEXO_API boost::shared_ptr<MeanSmoothing2dImgLvl1> meanSmoothing2dImg_async(const image::ConstImagePtr& inImg,
+                                                                            std::uint32_t inHalfKnlSizeX,
+                                                                            std::uint32_t inHalfKnlSizeY,
+                                                                            const image::ImagePtr& outImg);
 /// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<MeanSmoothing2dImgLvl1>& processor);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<MeanSmoothing2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

@@ -7,7 +7,7 @@ namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each plane to level 2.
 class VEXO_API MeanSmoothing2dMaskImgLvl1 final
-    : public FilterClass<MeanSmoothing2dMaskImgLvl1, processor::BaseAsync1Processor, attr::InImg> {
+    : public FilterClass<MeanSmoothing2dMaskImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InMaskImg, attr::InHalfKnlSizeX,
                                               attr::InHalfKnlSizeY, attr::OutImg>;
@@ -15,8 +15,7 @@ public:
 
 private:
   processor::RulePtr createRule() const override;
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Box (moving-average) smoothing restricted to a mask: each pixel whose mask is not 0 becomes the mean of
@@ -37,27 +36,21 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
 /// sizes of the output or the mask differ, the mask is not 8-bit, the output overlaps an input without being
 /// the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> meanSmoothing2dMaskImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY);
-VEXO_API void meanSmoothing2dMaskImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                     const boost::shared_ptr<const image::BaseImage>& inMaskImg,
+VEXO_API image::ImagePtr meanSmoothing2dMaskImg(const image::ConstImagePtr& inImg,
+                                                const image::ConstImagePtr& inMaskImg,
+                                                std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY);
+VEXO_API void meanSmoothing2dMaskImg(const image::ConstImagePtr& inImg, const image::ConstImagePtr& inMaskImg,
                                      std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                     const boost::shared_ptr<image::BaseImage>& outImg);
+                                     const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<MeanSmoothing2dMaskImgLvl1> meanSmoothing2dMaskImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg, std::uint32_t inHalfKnlSizeX,
+    const image::ConstImagePtr& inImg, const image::ConstImagePtr& inMaskImg, std::uint32_t inHalfKnlSizeX,
     std::uint32_t inHalfKnlSizeY);
 VEXO_API boost::shared_ptr<MeanSmoothing2dMaskImgLvl1> meanSmoothing2dMaskImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg, const image::ConstImagePtr& inMaskImg, std::uint32_t inHalfKnlSizeX,
+    std::uint32_t inHalfKnlSizeY, const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<MeanSmoothing2dMaskImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

@@ -7,7 +7,7 @@ namespace vexo::imaproc::filter {
 
 /// Level 1: smooths each slice into the output, then the output along Z.
 class VEXO_API MeanSmoothing3dImgLvl1 final
-    : public FilterClass<MeanSmoothing3dImgLvl1, processor::BaseAsync2Processor, attr::InImg3d> {
+    : public FilterClass<MeanSmoothing3dImgLvl1, processor::BaseAsync2Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::InHalfKnlSizeZ, attr::OutImg>;
@@ -15,10 +15,8 @@ public:
 
 private:
   processor::ChoiceColl foreseeChoices() const override;
-  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
+  BoolResult retrieveSecondProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Box (moving-average) smoothing of volumes: each voxel becomes the mean of the (2 halfX + 1) x (2 halfY +
@@ -36,25 +34,19 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
 /// sizes of the output differ, the output overlaps the input without being the same image. The output is then
 /// untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> meanSmoothing3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
-VEXO_API void meanSmoothing3dImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
-                                 std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                 std::uint32_t inHalfKnlSizeZ,
-                                 const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr meanSmoothing3dImg(const image::ConstImagePtr& inImg3d, std::uint32_t inHalfKnlSizeX,
+                                            std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
+VEXO_API void meanSmoothing3dImg(const image::ConstImagePtr& inImg3d, std::uint32_t inHalfKnlSizeX,
+                                 std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+                                 const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<MeanSmoothing3dImgLvl1> meanSmoothing3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
+    const image::ConstImagePtr& inImg3d, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    std::uint32_t inHalfKnlSizeZ);
 VEXO_API boost::shared_ptr<MeanSmoothing3dImgLvl1> meanSmoothing3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<MeanSmoothing3dImgLvl1>& processor);
+    const image::ConstImagePtr& inImg3d, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    std::uint32_t inHalfKnlSizeZ, const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<MeanSmoothing3dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

@@ -7,7 +7,7 @@ namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: checks the call, creates the output, sends each volume to level 2.
 class VEXO_API MeanSmoothing3dMaskImgLvl1 final
-    : public FilterClass<MeanSmoothing3dMaskImgLvl1, processor::BaseAsync1Processor, attr::InImg3d> {
+    : public FilterClass<MeanSmoothing3dMaskImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg3d, attr::InBinImg3d, attr::InHalfKnlSizeX,
                                               attr::InHalfKnlSizeY, attr::InHalfKnlSizeZ, attr::OutImg>;
@@ -15,8 +15,7 @@ public:
 
 private:
   processor::RulePtr createRule() const override;
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Box (moving-average) smoothing of volumes restricted to a mask: each voxel whose mask is not 0 becomes the
@@ -37,29 +36,24 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size is too large, the
 /// sizes of the output or the mask differ, the mask is not 8-bit, the output overlaps an input without being
 /// the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> meanSmoothing3dMaskImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
-VEXO_API void meanSmoothing3dMaskImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
-                                     const boost::shared_ptr<const image::BaseImage>& inMaskImg3d,
-                                     std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                     std::uint32_t inHalfKnlSizeZ,
-                                     const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr meanSmoothing3dMaskImg(const image::ConstImagePtr& inImg3d,
+                                                const image::ConstImagePtr& inMaskImg3d,
+                                                std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+                                                std::uint32_t inHalfKnlSizeZ);
+VEXO_API void meanSmoothing3dMaskImg(const image::ConstImagePtr& inImg3d,
+                                     const image::ConstImagePtr& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
+                                     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+                                     const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
+    const image::ConstImagePtr& inImg3d, const image::ConstImagePtr& inMaskImg3d,
+    std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
 VEXO_API boost::shared_ptr<MeanSmoothing3dMaskImgLvl1> meanSmoothing3dMaskImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg3d, const image::ConstImagePtr& inMaskImg3d,
+    std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+    const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<MeanSmoothing3dMaskImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

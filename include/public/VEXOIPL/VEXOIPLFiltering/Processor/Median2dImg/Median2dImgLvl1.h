@@ -1,50 +1,22 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Median/MedianChooser.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
 #include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
-struct LevelUse;
-
 /// Level 1: computes nothing itself, but runs the median that is fastest for the window and the samples;
 /// where the range of the samples decides, it measures that first. explain() tells which and why.
-class VEXO_API Median2dImgLvl1 final
-    : public FilterClass<Median2dImgLvl1, processor::BaseRepeatedAsync1Processor, attr::InImg> {
+class VEXO_API Median2dImgLvl1 final : public FilterClass<Median2dImgLvl1, MedianChooser> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
                                               attr::OutImg, attr::InOutOptAllow8bitsCompression>;
   static constexpr auto toolTipId = eProcessorMessage::Median2dImgLvl1;
 
 private:
-  using Provider = boost::shared_ptr<core::BaseActionProvider>;
-  /// A child, as it is told and as it is made.
-  struct Step {
-    processor::ChildChoice choice;
-    Provider (Median2dImgLvl1::*make)();
-  };
-
-  processor::ChoiceColl foreseeChoices() const override;
-  std::size_t getRepetitionCount() const override { return 2; }
-  BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t step,
-                              Provider& provider) override;
-  void clearIntermediateData() override;
-
-  Step chooseByHalfSizes() const;
-  Step chooseByRange();
-  Step chooseByLevels(const LevelUse& levels) const;
-
-  Provider k33Median();
-  Provider k55Median();
-  Provider histoO1Median();
-  Provider histoO1MedianXStrip();
-  Provider genericMedian();
-  Provider statsMsr();
-
-  bool _lastStepTaken = false;
-  boost::shared_ptr<attr::StatsResult> _stats;
-  boost::shared_ptr<const attr::Range> _range;  ///< of all samples of the image
+  Step chooseByHalfSizes() const override;
+  Step chooseByLevels(const LevelUse& levels) const override;
 };
 
 /// Median: each pixel becomes the middle one of the (2 halfX + 1) x (2 halfY + 1) pixels around it in order
@@ -67,35 +39,31 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size or the window is too
 /// large, the sizes of the output differ, the output overlaps the input without being the same image. The
 /// output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> median2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY);
-VEXO_API void median2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                          std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                          const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr median2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                                     std::uint32_t inHalfKnlSizeY);
+VEXO_API void median2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX,
+                          std::uint32_t inHalfKnlSizeY, const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
-VEXO_API boost::shared_ptr<Median2dImgLvl1> median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY);
-VEXO_API boost::shared_ptr<Median2dImgLvl1> median2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg);
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
+VEXO_API boost::shared_ptr<Median2dImgLvl1> median2dImg_async(const image::ConstImagePtr& inImg,
+                                                              std::uint32_t inHalfKnlSizeX,
+                                                              std::uint32_t inHalfKnlSizeY);
+VEXO_API boost::shared_ptr<Median2dImgLvl1> median2dImg_async(const image::ConstImagePtr& inImg,
+                                                              std::uint32_t inHalfKnlSizeX,
+                                                              std::uint32_t inHalfKnlSizeY,
+                                                              const image::ImagePtr& outImg);
 
 /// Trades exactness for speed where the window is neither 3 x 3 nor 5 x 5 pixels: float32 samples, and
 /// integers over a range of more than 256, count in 256 levels too, each (maximum - minimum + 1) / 256 wide.
 /// The result is then the lower edge of the median's level (for integers truncated), less than a level away
 /// from the median; NaN counts in the lowest level. Returns true, whatever the range.
-VEXO_API bool median2dImg_allow8bitsCompression(const boost::shared_ptr<const image::BaseImage>& inImg,
+VEXO_API bool median2dImg_allow8bitsCompression(const image::ConstImagePtr& inImg,
                                                 std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                                const boost::shared_ptr<image::BaseImage>& outImg);
+                                                const image::ImagePtr& outImg);
 VEXO_API boost::shared_ptr<Median2dImgLvl1> median2dImg_allow8bitsCompression_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, const boost::shared_ptr<image::BaseImage>& outImg);
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    const image::ImagePtr& outImg);
 
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<Median2dImgLvl1>& processor);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<Median2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

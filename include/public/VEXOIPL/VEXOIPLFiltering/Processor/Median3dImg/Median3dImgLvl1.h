@@ -1,17 +1,14 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Median/MedianChooser.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
 #include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
-struct LevelUse;
-
 /// Level 1: computes nothing itself, but runs the median that is fastest for the window and the samples;
 /// where the range of the samples decides, it measures that first. explain() tells which and why.
-class VEXO_API Median3dImgLvl1 final
-    : public FilterClass<Median3dImgLvl1, processor::BaseRepeatedAsync1Processor, attr::InImg3d> {
+class VEXO_API Median3dImgLvl1 final : public FilterClass<Median3dImgLvl1, MedianChooser> {
 public:
   using Attributes =
       processor::AttributeList<attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
@@ -19,30 +16,10 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::Median3dImgLvl1;
 
 private:
-  using Provider = boost::shared_ptr<core::BaseActionProvider>;
-  /// A child, as it is told and as it is made.
-  struct Step {
-    processor::ChildChoice choice;
-    Provider (Median3dImgLvl1::*make)();
-  };
-
-  processor::ChoiceColl foreseeChoices() const override;
-  std::size_t getRepetitionCount() const override { return 2; }
-  BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t step,
-                              Provider& provider) override;
-  void clearIntermediateData() override;
-
-  Step chooseByHalfSizes() const;
-  Step chooseByRange();
-  Step chooseByLevels(const LevelUse& levels) const;
-
-  Provider genericMedian();
-  Provider histoMedian();
-  Provider statsMsr();
-
-  bool _lastStepTaken = false;
-  boost::shared_ptr<attr::StatsResult> _stats;
-  boost::shared_ptr<const attr::Range> _range;  ///< of all samples of the image
+  Step chooseByHalfSizes() const override;
+  Step chooseByLevels(const LevelUse& levels) const override;
+  /// What has become of the permission.
+  void noteLevels(const LevelUse& levels) override;
 };
 
 /// Median of a box: each voxel becomes the middle one of the (2 halfX + 1) x (2 halfY + 1) x (2 halfZ + 1)
@@ -63,39 +40,35 @@ private:
 /// Throws an exception derived from vexo::BaseException: an image is null, a half size or the window is too
 /// large, the sizes of the output differ, the output overlaps the input without being the same image. The
 /// output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> median3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
-VEXO_API void median3dImg(const boost::shared_ptr<const image::BaseImage>& inImg3d,
-                          std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                          std::uint32_t inHalfKnlSizeZ, const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr median3dImg(const image::ConstImagePtr& inImg3d, std::uint32_t inHalfKnlSizeX,
+                                     std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
+VEXO_API void median3dImg(const image::ConstImagePtr& inImg3d, std::uint32_t inHalfKnlSizeX,
+                          std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
+                          const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
-VEXO_API boost::shared_ptr<Median3dImgLvl1> median3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ);
-VEXO_API boost::shared_ptr<Median3dImgLvl1> median3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
-    const boost::shared_ptr<image::BaseImage>& outImg);
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
+VEXO_API boost::shared_ptr<Median3dImgLvl1> median3dImg_async(const image::ConstImagePtr& inImg3d,
+                                                              std::uint32_t inHalfKnlSizeX,
+                                                              std::uint32_t inHalfKnlSizeY,
+                                                              std::uint32_t inHalfKnlSizeZ);
+VEXO_API boost::shared_ptr<Median3dImgLvl1> median3dImg_async(const image::ConstImagePtr& inImg3d,
+                                                              std::uint32_t inHalfKnlSizeX,
+                                                              std::uint32_t inHalfKnlSizeY,
+                                                              std::uint32_t inHalfKnlSizeZ,
+                                                              const image::ImagePtr& outImg);
 
 /// Trades exactness for speed where the window is not 3 x 3 x 3 voxels: float32 samples, and integers over a
 /// range of more than 256, count in 256 levels too, each (maximum - minimum + 1) / 256 wide. The result is
 /// then the lower edge of the median's level (for integers truncated), less than a level away from the
 /// median; NaN counts in the lowest level. Returns false where the range of the samples was measured and
 /// needed no compression, else true.
-VEXO_API bool median3dImg_allow8bitsCompression(const boost::shared_ptr<const image::BaseImage>& inImg3d,
+VEXO_API bool median3dImg_allow8bitsCompression(const image::ConstImagePtr& inImg3d,
                                                 std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
-                                                std::uint32_t inHalfKnlSizeZ,
-                                                const boost::shared_ptr<image::BaseImage>& outImg);
+                                                std::uint32_t inHalfKnlSizeZ, const image::ImagePtr& outImg);
 VEXO_API boost::shared_ptr<Median3dImgLvl1> median3dImg_allow8bitsCompression_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg3d, std::uint32_t inHalfKnlSizeX,
-    std::uint32_t inHalfKnlSizeY, std::uint32_t inHalfKnlSizeZ,
-    const boost::shared_ptr<image::BaseImage>& outImg);
+    const image::ConstImagePtr& inImg3d, std::uint32_t inHalfKnlSizeX, std::uint32_t inHalfKnlSizeY,
+    std::uint32_t inHalfKnlSizeZ, const image::ImagePtr& outImg);
 
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<Median3dImgLvl1>& processor);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<Median3dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

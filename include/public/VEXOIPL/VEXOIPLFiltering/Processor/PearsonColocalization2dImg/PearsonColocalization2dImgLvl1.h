@@ -1,23 +1,19 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Pearson/PearsonClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, whole images: checks the call, creates the map, sends each plane to level 2.
 class VEXO_API PearsonColocalization2dImgLvl1 final
-    : public processor::ProcessorClass<PearsonColocalization2dImgLvl1, processor::BaseAsync1Processor> {
+    : public PearsonClass<PearsonColocalization2dImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg1, attr::InImg2, attr::OutRealImg>;
   static constexpr auto toolTipId = eProcessorMessage::PearsonColocalization2dImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
-  processor::RulePtr createRule() const override;
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Pearson colocalization map of two images: (a - mean1) * (b - mean2) / (deviation1 * deviation2) for the
@@ -35,24 +31,19 @@ private:
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, sizes differ, the output is not
 /// float32 or overlaps an input without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> pearsonColocalization2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg1,
-    const boost::shared_ptr<const image::BaseImage>& inImg2);
-VEXO_API void pearsonColocalization2dImg(const boost::shared_ptr<const image::BaseImage>& inImg1,
-                                         const boost::shared_ptr<const image::BaseImage>& inImg2,
-                                         const boost::shared_ptr<image::BaseImage>& outRealImg);
+VEXO_API image::ImagePtr pearsonColocalization2dImg(const image::ConstImagePtr& inImg1,
+                                                    const image::ConstImagePtr& inImg2);
+VEXO_API void pearsonColocalization2dImg(const image::ConstImagePtr& inImg1,
+                                         const image::ConstImagePtr& inImg2,
+                                         const image::ImagePtr& outRealImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<PearsonColocalization2dImgLvl1> pearsonColocalization2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg1,
-    const boost::shared_ptr<const image::BaseImage>& inImg2);
+    const image::ConstImagePtr& inImg1, const image::ConstImagePtr& inImg2);
 VEXO_API boost::shared_ptr<PearsonColocalization2dImgLvl1> pearsonColocalization2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg1,
-    const boost::shared_ptr<const image::BaseImage>& inImg2,
-    const boost::shared_ptr<image::BaseImage>& outRealImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg1, const image::ConstImagePtr& inImg2,
+    const image::ImagePtr& outRealImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<PearsonColocalization2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralClass.h"
+#include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 
 namespace vexo::imaproc::filter {
@@ -13,8 +13,7 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral2dImgLvl1;
 
 private:
-  BoolResult retrieveThirdProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveThirdProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Separated bilateral filter: passes along X and Y, one after the other, in place of the whole window of
@@ -46,27 +45,24 @@ private:
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, h is too large, the sizes of the
 /// output differ, the output overlaps the input without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
-VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral2dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma);
-VEXO_API void separatedBilateral2dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                      std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
-                                      const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr separatedBilateral2dImg(const image::ConstImagePtr& inImg, double inSpaceSigma,
+                                                 double inRangeSigma);
+VEXO_API image::ImagePtr separatedBilateral2dImg(const image::ConstImagePtr& inImg,
+                                                 std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                 double inRangeSigma);
+VEXO_API void separatedBilateral2dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                                      double inSpaceSigma, double inRangeSigma,
+                                      const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<SeparatedBilateral2dImgLvl1> separatedBilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
+    const image::ConstImagePtr& inImg, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<SeparatedBilateral2dImgLvl1> separatedBilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma);
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<SeparatedBilateral2dImgLvl1> separatedBilateral2dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
+    const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<SeparatedBilateral2dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralClass.h"
+#include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 
 namespace vexo::imaproc::filter {
@@ -13,34 +13,30 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::SeparatedBilateral3dImgLvl1;
 
 private:
-  BoolResult retrieveThirdProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveThirdProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// separatedBilateral2dImg in volumes: passes along X, Y and Z; deviations and h are in voxels, and each
 /// volume of a multi-channel image or of a time series is filtered on its own. Types, ranges, NaN, deviations
 /// that leave no weight, rounding between passes and failures are those of separatedBilateral2dImg.
-VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
-VEXO_API boost::shared_ptr<image::BaseImage> separatedBilateral3dImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma);
-VEXO_API void separatedBilateral3dImg(const boost::shared_ptr<const image::BaseImage>& inImg,
-                                      std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
-                                      const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr separatedBilateral3dImg(const image::ConstImagePtr& inImg, double inSpaceSigma,
+                                                 double inRangeSigma);
+VEXO_API image::ImagePtr separatedBilateral3dImg(const image::ConstImagePtr& inImg,
+                                                 std::uint32_t inHalfKnlSize, double inSpaceSigma,
+                                                 double inRangeSigma);
+VEXO_API void separatedBilateral3dImg(const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize,
+                                      double inSpaceSigma, double inRangeSigma,
+                                      const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
 VEXO_API boost::shared_ptr<SeparatedBilateral3dImgLvl1> separatedBilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, double inSpaceSigma, double inRangeSigma);
+    const image::ConstImagePtr& inImg, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<SeparatedBilateral3dImgLvl1> separatedBilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma);
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma);
 VEXO_API boost::shared_ptr<SeparatedBilateral3dImgLvl1> separatedBilateral3dImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma,
-    double inRangeSigma, const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
+    const image::ConstImagePtr& inImg, std::uint32_t inHalfKnlSize, double inSpaceSigma, double inRangeSigma,
+    const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(
     const boost::shared_ptr<SeparatedBilateral3dImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::filter

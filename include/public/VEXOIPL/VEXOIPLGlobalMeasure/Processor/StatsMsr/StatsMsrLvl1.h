@@ -18,10 +18,8 @@ public:
 
 private:
   void initOutputs(processor::OutputInitializerColl& initializers) const override;
-  BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                   boost::shared_ptr<core::BaseActionProvider>& provider) override;
-  BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                    boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
+  BoolResult retrieveSecondProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   void clearIntermediateData() override { _sums.clear(); }
 
   std::vector<boost::shared_ptr<StatsMsrSums>> _sums;  ///< of each plane or volume
@@ -42,20 +40,19 @@ private:
 ///
 /// Throws an exception derived from vexo::BaseException: an argument is null, the image is on the GPU. The
 /// result is then untouched.
-VEXO_API boost::shared_ptr<attr::StatsResult> statsMsr(
-    const boost::shared_ptr<const image::BaseImage>& inImg);
-VEXO_API void statsMsr(const boost::shared_ptr<const image::BaseImage>& inImg,
+VEXO_API boost::shared_ptr<attr::StatsResult> statsMsr(const image::ConstImagePtr& inImg);
+VEXO_API void statsMsr(const image::ConstImagePtr& inImg,
                        const boost::shared_ptr<attr::StatsResult>& outStatsResult);
 
-/// As above, but returns at once. The processor keeps image and result alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
+VEXO_API boost::shared_ptr<StatsMsrLvl1> statsMsr_async(const image::ConstImagePtr& inImg);
 VEXO_API boost::shared_ptr<StatsMsrLvl1> statsMsr_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg);
-VEXO_API boost::shared_ptr<StatsMsrLvl1> statsMsr_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg,
-    const boost::shared_ptr<attr::StatsResult>& outStatsResult);
-/// Waits for the run and returns its result; throws when the run failed.
+    const image::ConstImagePtr& inImg, const boost::shared_ptr<attr::StatsResult>& outStatsResult);
 VEXO_API boost::shared_ptr<attr::StatsResult> getAsyncProcessorOutput(
     const boost::shared_ptr<StatsMsrLvl1>& processor);
+
+/// The measure as a step of another run: `statistics` is made, and filled when the step has run.
+VEXO_API core::ProviderPtr statsMsrStep(const image::ConstImagePtr& image,
+                                        boost::shared_ptr<attr::StatsResult>& statistics);
 
 }  // namespace vexo::imaproc::glbmsr

@@ -1,23 +1,19 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLLogical/VEXOIPLLogicalLogMessages.h"
-#include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/ProcessorClass.h"
+#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::logic {
 
 /// Level 1, the whole images: checks the call, creates the output, sends each plane to level 2.
-class VEXO_API MaskImgImgLvl1 final
-    : public processor::ProcessorClass<MaskImgImgLvl1, processor::BaseAsync1Processor> {
+class VEXO_API MaskImgImgLvl1 final : public FilterClass<MaskImgImgLvl1, processor::BaseAsync1Processor> {
 public:
   using Attributes = processor::AttributeList<attr::InImg1, attr::InImg2, attr::InMaskImg, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::MaskImgImgLvl1;
 
 private:
-  void initOutputs(processor::OutputInitializerColl& initializers) const override;
   processor::RulePtr createRule() const override;
-  BoolResult retrieveProvider(const core::BasePriority& priority,
-                              boost::shared_ptr<core::BaseActionProvider>& provider) override;
+  BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
 };
 
 /// Choice by a mask: each sample is that of the first image where the mask is not 0, else that of the second.
@@ -31,28 +27,19 @@ private:
 ///
 /// Throws an exception derived from vexo::BaseException: an image is null, sizes differ, the mask is not
 /// 8-bit, the output overlaps an input without being the same image. The output is then untouched.
-VEXO_API boost::shared_ptr<image::BaseImage> maskImgImg(
-    const boost::shared_ptr<const image::BaseImage>& inImg1,
-    const boost::shared_ptr<const image::BaseImage>& inImg2,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg);
-VEXO_API void maskImgImg(const boost::shared_ptr<const image::BaseImage>& inImg1,
-                         const boost::shared_ptr<const image::BaseImage>& inImg2,
-                         const boost::shared_ptr<const image::BaseImage>& inMaskImg,
-                         const boost::shared_ptr<image::BaseImage>& outImg);
+VEXO_API image::ImagePtr maskImgImg(const image::ConstImagePtr& inImg1, const image::ConstImagePtr& inImg2,
+                                    const image::ConstImagePtr& inMaskImg);
+VEXO_API void maskImgImg(const image::ConstImagePtr& inImg1, const image::ConstImagePtr& inImg2,
+                         const image::ConstImagePtr& inMaskImg, const image::ImagePtr& outImg);
 
-/// As above, but returns at once. The processor keeps the images alive and a failure of the run until
-/// getAsyncProcessorOutput is called; only values that are refused throw here.
-VEXO_API boost::shared_ptr<MaskImgImgLvl1> maskImgImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg1,
-    const boost::shared_ptr<const image::BaseImage>& inImg2,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg);
-VEXO_API boost::shared_ptr<MaskImgImgLvl1> maskImgImg_async(
-    const boost::shared_ptr<const image::BaseImage>& inImg1,
-    const boost::shared_ptr<const image::BaseImage>& inImg2,
-    const boost::shared_ptr<const image::BaseImage>& inMaskImg,
-    const boost::shared_ptr<image::BaseImage>& outImg);
-/// Waits for the run and returns its output; throws when the run failed.
-VEXO_API boost::shared_ptr<image::BaseImage> getAsyncProcessorOutput(
-    const boost::shared_ptr<MaskImgImgLvl1>& processor);
+/// As above, in the background; getAsyncProcessorOutput waits, and throws what made the run fail.
+VEXO_API boost::shared_ptr<MaskImgImgLvl1> maskImgImg_async(const image::ConstImagePtr& inImg1,
+                                                            const image::ConstImagePtr& inImg2,
+                                                            const image::ConstImagePtr& inMaskImg);
+VEXO_API boost::shared_ptr<MaskImgImgLvl1> maskImgImg_async(const image::ConstImagePtr& inImg1,
+                                                            const image::ConstImagePtr& inImg2,
+                                                            const image::ConstImagePtr& inMaskImg,
+                                                            const image::ImagePtr& outImg);
+VEXO_API image::ImagePtr getAsyncProcessorOutput(const boost::shared_ptr<MaskImgImgLvl1>& processor);
 
 }  // namespace vexo::imaproc::logic

@@ -1,0 +1,441 @@
+#pragma once
+
+// Sums of weighted neighbours for one strip, of planes or of volumes: the algorithm of both convolution
+// kernel sources.
+//
+// Each pixel is a sum in single precision over the points of the kernel in their own order, whatever the
+// tiling, so all instruction sets give the same bits. Vectors run across pixels; a block of them stays in
+// registers for all points.
+//
+// There are two ways through a strip. Most kernels read each row many times: a ring holds the lines that the
+// rows in progress need, each loaded once. Kernels whose points lie on few rows, wide apart, would fill such
+// a ring with rows that nobody reads: they load, for each row of the output, the rows of their points, one
+// after the other.
+
+#include "VEXOIPL/VEXOIPLFiltering/Convolution/ConvolutionPoints.h"
+#include "VEXOProcessing/Kernel/Integers.h"
+#include "VEXOProcessing/Kernel/KernelTable.h"
+#include "VEXOProcessing/Kernel/Lines.h"
+#include "VEXOProcessing/Kernel/Vector.h"
+
+namespace vexo::VEXO_KERNEL_SET {
+namespace {
+
+using imaproc::filter::ConvolutionPoint;
+using imaproc::filter::ConvolutionPoints;
+using processor::ProcessingInfo;
+
+constexpr ptrdiff_t cacheLineFloats = 64 / sizeof(float);
+constexpr int blockVectors = 8;
+constexpr ptrdiff_t blockWidth = blockVectors * lanesOf<FloatV>;
+constexpr ptrdiff_t chunkSize = 1024;  ///< points whose lines are looked up together
+constexpr ptrdiff_t maxBatch = 8;
+constexpr ptrdiff_t maxSharing = lanesOf<FloatV> == 16 ? 4 : 2;  ///< rows whose sums fit the registers
+constexpr ptrdiff_t prefetchWidth = 128;
+constexpr ptrdiff_t narrowestTile = 128;
+constexpr ptrdiff_t widestTile = 4096;
+constexpr ptrdiff_t segmentFloats = 6 * 1024;  ///< stay in the first-level cache
+constexpr ptrdiff_t ringFloats = 128 * 1024;   ///< stay in the second-level cache
+constexpr ptrdiff_t maxRingFloats = 1024 * 1024;
+
+/// An odd number of cache lines: lines then do not compete for the same places in the cache.
+inline ptrdiff_t pitchOf(ptrdiff_t n) {
+  return roundUp(n, cacheLineFloats) | cacheLineFloats;
+}
+
+inline bool onSameRow(const ConvolutionPoint& a, const ConvolutionPoint& b) {
+  return a.offset[1] == b.offset[1] && a.offset[2] == b.offset[2];
+}
+
+/// How a strip is cut and what is held of it.
+struct Plan {
+  const ConvolutionPoints& kernel;
+  ptrdiff_t first[3], extent[3];  ///< of the offsets: the smallest, and how many from there to the largest
+  ptrdiff_t runs;                 ///< stretches of the list of points that lie on one row
+  bool ring;
+  int outer, inner;     ///< axes: the ring turns along `outer`; each of its slots holds rows along `inner`
+  ptrdiff_t tileWidth;  ///< columns
+  ptrdiff_t tileRows;   ///< along the inner axis
+  ptrdiff_t pitch;      ///< from line to line of the input
+  ptrdiff_t slotLines;  ///< input lines per slot of the ring
+  ptrdiff_t slots;
+  ptrdiff_t batch;         ///< rows along the outer axis that are computed together,
+  ptrdiff_t segmentWidth;  ///< in segments of so many columns
+  ptrdiff_t shift;  ///< in the list of points, from each to the same one of the next row; 0 if there is none
+  ptrdiff_t sharing;  ///< rows that are summed at once, each line loaded once for all
+
+  explicit Plan(const ProcessingInfo& info)
+      : kernel(*static_cast<const ConvolutionPoints*>(info.parameters)) {
+    measure(info.inPlace);
+    const image::StripSource& s = info.sources[0];
+    // Volumes turn the ring along z, unless one slice is all that is read.
+    const bool volume = extent[2] > 1;
+    outer = volume ? 2 : 1;
+    inner = volume ? 1 : 2;
+    const ptrdiff_t width = s.end[0] - s.begin[0], length = s.end[outer] - s.begin[outer];
+    const ptrdiff_t innerLength = volume ? s.end[1] - s.begin[1] : 1;
+    const ptrdiff_t padding = extent[0] - 1;
+    // Rows of a batch share most of their input: all but the first read it from the first-level cache.
+    const ptrdiff_t useful = larger(extent[outer] / 2, smaller(extent[outer], 3));
+    batch =
+        larger(1, smaller(smaller(length, maxBatch), smaller(useful, chunkSize / larger(kernel.count, 1))));
+    shift = findShift();
+    sharing = shift == 0 ? 1 : smaller(smaller(batch, maxSharing), kernel.count / shift);
+    slots = extent[outer] + batch - 1;
+    segmentWidth = batch == 1 ? widestTile
+                              : clamp(segmentFloats / (slots * extent[inner]) / blockWidth * blockWidth,
+                                      blockWidth, widestTile);
+
+    const ptrdiff_t widest = clamp(ringFloats / (slots * extent[inner]) - padding, narrowestTile, widestTile);
+    setTileWidth(width, widest / blockWidth * blockWidth);
+    const ptrdiff_t affordable = ringFloats / (slots * pitch) - (extent[inner] - 1);
+    tileRows = clamp(affordable, 1, innerLength);
+    slotLines = tileRows + extent[inner] - 1;
+
+    // The ring loads slotLines for tileRows at each of its steps, and starts full.
+    const double loads =
+        double(slotLines) / double(tileRows) * double(length + extent[outer] - 1) / double(length);
+    ring = loads < double(runs) && slots * slotLines <= maxRingFloats / pitch;
+    ring = ring || (info.inPlace && (extent[1] > 1 || extent[2] > 1));
+    if (ring) return;
+    // A row that is written over is read before.
+    setTileWidth(width, info.inPlace && runs == 1 ? roundUp(width, blockWidth) : widestTile);
+    tileRows = slotLines = 1;
+  }
+
+  size_t scratchFloats() const { return size_t((ring ? slots * slotLines : 1) * pitch + sumsFloats()); }
+  ptrdiff_t sumsPitch() const { return smaller(segmentWidth, tileWidth); }
+  ptrdiff_t sumsFloats() const { return larger(tileWidth, sharing * sumsPitch()); }
+
+private:
+  /// In place the offsets count with that of the pixel itself, so that it is loaded before it is written
+  /// over.
+  void measure(bool inPlace) {
+    ptrdiff_t last[3] = {0, 0, 0};
+    runs = 0;
+    for (int axis = 0; axis < 3; ++axis) first[axis] = 0;
+    for (ptrdiff_t i = 0; i < kernel.count; ++i) {
+      const ConvolutionPoint& p = kernel.points[i];
+      runs += i == 0 || !onSameRow(p, kernel.points[i - 1]);
+      for (int axis = 0; axis < 3; ++axis) {
+        const bool only = i == 0 && !inPlace;
+        first[axis] = only ? p.offset[axis] : smaller(first[axis], p.offset[axis]);
+        last[axis] = only ? p.offset[axis] : larger(last[axis], p.offset[axis]);
+      }
+    }
+    for (int axis = 0; axis < 3; ++axis) extent[axis] = last[axis] - first[axis] + 1;
+  }
+  /// Not 0 when each row of points, along the outer axis, repeats the one before it.
+  ptrdiff_t findShift() const {
+    const auto repeats = [this](ptrdiff_t from, ptrdiff_t to) {
+      const int *a = kernel.points[from].offset, *b = kernel.points[to].offset;
+      return b[outer] == a[outer] + 1 && b[inner] == a[inner] && b[0] == a[0];
+    };
+    ptrdiff_t n = 1;
+    while (n < kernel.count && !repeats(0, n)) ++n;
+    for (ptrdiff_t i = n; i < kernel.count; ++i)
+      if (!repeats(i - n, i)) return 0;
+    return n < kernel.count ? n : 0;
+  }
+  void setTileWidth(ptrdiff_t width, ptrdiff_t widest) {
+    tileWidth = roundUp(divideUp(width, divideUp(width, widest)), blockWidth);
+    pitch = pitchOf(tileWidth + extent[0] - 1);
+  }
+};
+
+inline size_t convolutionScratchSize(const ProcessingInfo& info) {
+  return Plan(info).scratchFloats() * sizeof(float);
+}
+
+/// Some points: where each finds the input of the first pixel, and its weight.
+struct Taps {
+  const float* const* lines;
+  const float* weights;
+  ptrdiff_t count;
+};
+
+/// Which points these are: the first, the last, or some between.
+struct Stage {
+  bool start;   ///< the sums start at 0
+  bool divide;  ///< at the end
+  float norm;
+};
+
+/// Adds the taps to the sums of `vectors` vectors, in registers.
+template <int vectors>
+inline void addTaps(const Taps& taps, const Stage& stage, float* sums, ptrdiff_t x) {
+  constexpr int lanes = lanesOf<FloatV>;
+  FloatV sum[vectors];
+#pragma GCC unroll 8
+  for (int i = 0; i < vectors; ++i)
+    sum[i] = stage.start ? FloatV{} : loadVector<FloatV>(sums + x + i * lanes);
+  for (ptrdiff_t t = 0; t < taps.count; ++t) {
+    const FloatV weight = splat<FloatV>(taps.weights[t]);
+    const float* line = taps.lines[t] + x;
+#pragma GCC unroll 8
+    for (int i = 0; i < vectors; ++i) sum[i] += weight * loadVector<FloatV>(line + i * lanes);
+  }
+  if (stage.divide) {
+    const FloatV norm = splat<FloatV>(stage.norm);
+#pragma GCC unroll 8
+    for (int i = 0; i < vectors; ++i) sum[i] /= norm;
+  }
+#pragma GCC unroll 8
+  for (int i = 0; i < vectors; ++i) storeVector(sums + x + i * lanes, sum[i]);
+}
+
+/// Columns [x, width) of a line of sums, in whole vectors.
+inline void addTapsToLine(const Taps& taps, const Stage& stage, float* sums, ptrdiff_t x, ptrdiff_t width) {
+  constexpr int lanes = lanesOf<FloatV>;
+  for (; x + blockWidth <= width; x += blockWidth) addTaps<blockVectors>(taps, stage, sums, x);
+  if (x + 4 * lanes <= width) {
+    addTaps<4>(taps, stage, sums, x);
+    x += 4 * lanes;
+  }
+  if (x + 2 * lanes <= width) {
+    addTaps<2>(taps, stage, sums, x);
+    x += 2 * lanes;
+  }
+  for (; x < width; x += lanes) addTaps<1>(taps, stage, sums, x);
+}
+
+/// Columns [x, end) of the sums of rows that share lines: what one reads with a tap, the row before it reads
+/// `shift` taps later. Each line is loaded once. The taps of the rows follow one another. In whole groups of
+/// vectors.
+template <int rows>
+inline void addSharedTaps(const Taps& taps, ptrdiff_t shift, const Stage& stage, float* sums, ptrdiff_t pitch,
+                          ptrdiff_t x, ptrdiff_t end) {
+  constexpr int lanes = lanesOf<FloatV>, vectors = 4;
+  const ptrdiff_t later = (rows - 1) * shift;
+  const float* const* lastRow = taps.lines + (rows - 1) * taps.count - later;
+  for (; x < end; x += vectors * lanes) {
+    FloatV sum[rows][vectors] = {};
+    for (ptrdiff_t t = 0; t < taps.count + later; ++t) {
+      const float* line = (t < taps.count ? taps.lines : lastRow)[t] + x;
+      FloatV samples[vectors];
+#pragma GCC unroll 4
+      for (int i = 0; i < vectors; ++i) samples[i] = loadVector<FloatV>(line + i * lanes);
+#pragma GCC unroll 4
+      for (int r = 0; r < rows; ++r) {
+        const ptrdiff_t tap = t - r * shift;
+        if (tap < 0 || tap >= taps.count) continue;
+        const FloatV weight = splat<FloatV>(taps.weights[tap]);
+#pragma GCC unroll 4
+        for (int i = 0; i < vectors; ++i) sum[r][i] += weight * samples[i];
+      }
+    }
+#pragma GCC unroll 4
+    for (int r = 0; r < rows; ++r)
+#pragma GCC unroll 4
+      for (int i = 0; i < vectors; ++i) {
+        if (stage.divide) sum[r][i] /= splat<FloatV>(stage.norm);
+        storeVector(sums + r * pitch + x + i * lanes, sum[r][i]);
+      }
+  }
+}
+
+struct Convolution {
+  const ProcessingInfo& info;
+  const image::StripSource& source;
+  const Plan plan;
+  float* lines;  ///< of the input, padded by what the offsets reach
+  float* sums;   ///< one line, or a segment of several
+
+  explicit Convolution(const ProcessingInfo& info) : info(info), source(info.sources[0]), plan(info) {
+    lines = reinterpret_cast<float*>(info.scratch);
+    sums = lines + plan.scratchFloats() - plan.sumsFloats();
+  }
+
+  /// Points [from, from + n) of the kernel, n > 0.
+  Stage stageOf(ptrdiff_t from, ptrdiff_t n) const {
+    const bool last = from + n == plan.kernel.count;
+    return {from == 0, last && plan.kernel.normalize && plan.kernel.norm != 1, plan.kernel.norm};
+  }
+
+  void load(float* line, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
+    info.loaders[0](line, source, x + plan.first[0], y, z, width + plan.extent[0] - 1);
+  }
+  void store(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
+    info.storers[0](info.targets[0], sums, x, y, z, width);
+  }
+
+  /// Asks for samples that will be loaded soon, while others are computed. Not for more at once: bursts were
+  /// measured to have no effect.
+  void prefetch(const unsigned char* row, ptrdiff_t x) const {
+    if (!row) return;
+    for (ptrdiff_t i = x * source.sampleSize; i < (x + prefetchWidth) * source.sampleSize; i += 64)
+      __builtin_prefetch(row + i, 0, 3);
+  }
+
+  /// One row of a tile, row by row of the kernel.
+  void runRow(ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t width) const {
+    const ConvolutionPoints& k = plan.kernel;
+    if (k.count == 0) clearLine(sums, width);
+    const float* found[chunkSize];
+    for (ptrdiff_t i = 0, n; i < k.count; i += n) {
+      const ConvolutionPoint& p = k.points[i];
+      if (i == 0 || !onSameRow(p, k.points[i - 1])) load(lines, x, y + p.offset[1], z + p.offset[2], width);
+      for (n = 0; n < chunkSize && i + n < k.count && onSameRow(k.points[i + n], p); ++n)
+        found[n] = lines + (k.points[i + n].offset[0] - plan.first[0]);
+      const unsigned char* next = k.count == n && y + 1 < source.end[1]
+                                      ? image::sourceRow(source, y + 1 + p.offset[1], z + p.offset[2])
+                                      : nullptr;
+      for (ptrdiff_t from = 0; from < width; from += prefetchWidth) {
+        prefetch(next, x + from);
+        addTapsToLine({found, k.weights + i, n}, stageOf(i, n), sums, from,
+                      smaller(from + prefetchWidth, width));
+      }
+    }
+    store(x, y, z, width);
+  }
+
+  void runRows() const {
+    const image::StripSource& s = source;
+    for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
+      for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y)
+        for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += plan.tileWidth)
+          runRow(x, y, z, smaller(plan.tileWidth, s.end[0] - x));
+  }
+
+  /// Some columns of some rows, with the ring: position p on the outer axis lies in the slot p modulo its
+  /// size.
+  struct Tile {
+    ptrdiff_t x, width;
+    ptrdiff_t inner, rows;
+  };
+
+  void loadSlot(const Tile& t, ptrdiff_t outer, ptrdiff_t slot) const {
+    for (ptrdiff_t i = 0; i < t.rows + plan.extent[plan.inner] - 1; ++i) {
+      const ptrdiff_t inner = t.inner + plan.first[plan.inner] + i;
+      load(lines + (slot * plan.slotLines + i) * plan.pitch, t.x, plan.outer == 1 ? outer : inner,
+           plan.outer == 1 ? inner : outer, t.width);
+    }
+  }
+
+  /// Where the taps of a row find their lines, when the position of its smallest offset along the outer axis
+  /// lies in the slot `oldest`.
+  void lookUp(const float** found, ptrdiff_t from, ptrdiff_t n, ptrdiff_t row, ptrdiff_t oldest) const {
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      const int* offset = plan.kernel.points[from + i].offset;
+      ptrdiff_t slot = oldest + (offset[plan.outer] - plan.first[plan.outer]);
+      if (slot >= plan.slots) slot -= plan.slots;
+      const ptrdiff_t line = slot * plan.slotLines + row + (offset[plan.inner] - plan.first[plan.inner]);
+      found[i] = lines + line * plan.pitch + (offset[0] - plan.first[0]);
+    }
+  }
+
+  /// One row, when the kernel has more points than are looked up together.
+  void runLongRow(const Tile& t, ptrdiff_t row, ptrdiff_t outer, ptrdiff_t oldest) const {
+    const float* found[chunkSize];
+    for (ptrdiff_t i = 0; i < plan.kernel.count; i += chunkSize) {
+      const ptrdiff_t n = smaller(chunkSize, plan.kernel.count - i);
+      lookUp(found, i, n, row, oldest);
+      addTapsToLine({found, plan.kernel.weights + i, n}, stageOf(i, n), sums, 0, t.width);
+    }
+    storeSums(sums, t, row, outer, 0, t.width);
+  }
+
+  void runBatch(const Tile& t, ptrdiff_t row, ptrdiff_t outer, ptrdiff_t rows, ptrdiff_t oldest) const {
+    const float* found[chunkSize];
+    const ptrdiff_t count = plan.kernel.count;
+    for (ptrdiff_t r = 0; r < rows; ++r) {
+      const ptrdiff_t slot = oldest + r;
+      lookUp(found + r * count, 0, count, row, slot < plan.slots ? slot : slot - plan.slots);
+    }
+    for (ptrdiff_t x = 0; x < t.width; x += plan.segmentWidth) {
+      const ptrdiff_t end = smaller(x + plan.segmentWidth, t.width);
+      for (ptrdiff_t r = 0, n; r < rows; r += n) {
+        n = smaller(rows - r, plan.sharing);
+        const unsigned char* next[maxSharing];
+        for (ptrdiff_t i = 0; i < n; ++i) next[i] = rowAhead(t, row, outer + rows + r + i);
+        for (ptrdiff_t from = x; from < end; from += prefetchWidth) {
+          for (ptrdiff_t i = 0; i < n; ++i) prefetch(next[i], t.x + from);
+          addBlock({found + r * count, plan.kernel.weights, count}, n, sums - x, from,
+                   smaller(from + prefetchWidth, end));
+        }
+        for (ptrdiff_t i = 0; i < n; ++i)
+          storeSums(sums + i * plan.sumsPitch(), t, row, outer + r + i, x, end);
+      }
+    }
+  }
+
+  /// The row that is loaded before the given one is computed; null when there is none.
+  const unsigned char* rowAhead(const Tile& t, ptrdiff_t row, ptrdiff_t outer) const {
+    if (outer >= source.end[plan.outer]) return nullptr;
+    const ptrdiff_t o = outer + plan.first[plan.outer] + plan.extent[plan.outer] - 1;
+    const ptrdiff_t i = t.inner + row + plan.first[plan.inner];
+    return image::sourceRow(source, plan.outer == 1 ? o : i, plan.outer == 1 ? i : o);
+  }
+
+  /// Columns [x, end) of so many rows.
+  void addBlock(const Taps& taps, ptrdiff_t rows, float* sums, ptrdiff_t x, ptrdiff_t end) const {
+    const Stage stage = stageOf(0, taps.count);
+    const ptrdiff_t pitch = plan.sumsPitch();
+    switch (rows) {
+      case 1:
+        return addTapsToLine(taps, stage, sums, x, end);
+      case 2:
+        return addSharedTaps<2>(taps, plan.shift, stage, sums, pitch, x, end);
+      case 3:
+        return addSharedTaps<3>(taps, plan.shift, stage, sums, pitch, x, end);
+      default:
+        return addSharedTaps<4>(taps, plan.shift, stage, sums, pitch, x, end);
+    }
+  }
+
+  /// Columns [from, to) of a tile.
+  void storeSums(const float* line, const Tile& t, ptrdiff_t row, ptrdiff_t outer, ptrdiff_t from,
+                 ptrdiff_t to) const {
+    const ptrdiff_t inner = t.inner + row;
+    info.storers[0](info.targets[0], line, t.x + from, plan.outer == 1 ? outer : inner,
+                    plan.outer == 1 ? inner : outer, to - from);
+  }
+
+  void runTile(const Tile& t) const {
+    const ptrdiff_t begin = source.begin[plan.outer], end = source.end[plan.outer];
+    const ptrdiff_t first = plan.first[plan.outer], ahead = plan.extent[plan.outer] - 1;
+    for (ptrdiff_t i = 0; i < ahead; ++i) loadSlot(t, begin + first + i, i);
+    ptrdiff_t oldest = 0;
+    for (ptrdiff_t outer = begin; outer < end; outer += plan.batch) {
+      const ptrdiff_t rows = smaller(plan.batch, end - outer);
+      for (ptrdiff_t r = 0; r < rows; ++r)
+        loadSlot(t, outer + r + first + ahead, (oldest + r + ahead) % plan.slots);
+      for (ptrdiff_t row = 0; row < t.rows; ++row) {
+        if (plan.kernel.count <= chunkSize)
+          runBatch(t, row, outer, rows, oldest);
+        else
+          runLongRow(t, row, outer, oldest);
+      }
+      oldest = (oldest + rows) % plan.slots;
+    }
+  }
+
+  void runTiles() const {
+    const image::StripSource& s = source;
+    const int inner = plan.inner;
+    for (ptrdiff_t i = s.begin[inner]; i < s.end[inner]; i += plan.tileRows)
+      for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += plan.tileWidth)
+        runTile({x, smaller(plan.tileWidth, s.end[0] - x), i, smaller(plan.tileRows, s.end[inner] - i)});
+  }
+};
+
+/// One point that leaves every sample as it is.
+inline bool isIdentity(const ConvolutionPoints& k) {
+  return k.count == 1 && k.weights[0] == 1 && k.points[0].offset[0] == 0 && k.points[0].offset[1] == 0 &&
+         k.points[0].offset[2] == 0;
+}
+
+inline const char* convolve(const ProcessingInfo& info) {
+  if (isIdentity(*static_cast<const ConvolutionPoints*>(info.parameters)) &&
+      copyIntegers(info, info.sources[0]))
+    return nullptr;
+  const Convolution run(info);
+  if (run.plan.ring)
+    run.runTiles();
+  else
+    run.runRows();
+  return nullptr;
+}
+
+}  // namespace
+}  // namespace vexo::VEXO_KERNEL_SET

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "VEXOProcessing/FilterClass.h"
+
+namespace vexo::imaproc::attr {
+class StatsResult;
+}
+
+namespace vexo::imaproc::filter {
+
+/// What the spatial weights stand for: the places of a square, of a cube, or the distances 0 to h along an
+/// axis.
+enum class eBilateralWindow { Square, Cube, Walk };
+
+/// Fails when the window of the call is too large.
+VEXO_API processor::RulePtr bilateralRule(const processor::BaseProcessor& level1, eBilateralWindow window);
+
+/// The first step of a call: measures the range of an image that is not 8-bit, whose range needs no measure.
+/// The result stays null then.
+VEXO_API core::ProviderPtr measureRange(const image::ConstImagePtr& image,
+                                        boost::shared_ptr<attr::StatsResult>& statistics);
+
+/// What the first levels of the bilateral filters have in common: they measure the range of the image In,
+/// then make the tables of weights and send each plane, or volume, to their second level.
+template <class Derived, class In, eBilateralWindow window>
+class VEXO_API BilateralClass : public FilterClass<Derived, processor::BaseAsync3Processor> {
+  using Base = FilterClass<Derived, processor::BaseAsync3Processor>;
+
+public:
+  using Attributes = processor::AttributeList<In, attr::InSpaceSigma, attr::InRangeSigma,
+                                              attr::InOptHalfKnlSize, attr::OutImg>;
+
+protected:
+  processor::RulePtr createRule() const override {
+    return Base::createRule() && bilateralRule(*this, window);
+  }
+  BoolResult retrieveFirstProvider(const core::BasePriority&, core::ProviderPtr& provider) override {
+    provider = measureRange(this->template getStorage<In>(), _statistics);
+    return true;
+  }
+  /// Nothing comes between the measure and the filter.
+  BoolResult retrieveSecondProvider(const core::BasePriority&, core::ProviderPtr&) override { return true; }
+  void clearIntermediateData() override { _statistics.reset(); }
+
+  boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
+};
+
+}  // namespace vexo::imaproc::filter

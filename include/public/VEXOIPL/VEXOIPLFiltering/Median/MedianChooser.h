@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+
+#include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
+#include "VEXOProcessing/Attributes.h"
+#include "VEXOProcessing/Processor.h"
+
+namespace vexo::imaproc::filter {
+
+struct LevelUse;
+
+/// What the median filters that choose among others have in common: where the range of the samples decides,
+/// they measure that first.
+class VEXO_API MedianChooser : public processor::BaseRepeatedAsync1Processor {
+protected:
+  /// A child, as it is told and as it is run.
+  struct Step {
+    processor::ChildChoice choice;
+    std::function<core::ProviderPtr()> run;  ///< none: the choice is to measure
+  };
+  static Step measureFor(const std::string& halfSizes);
+
+  virtual Step chooseByHalfSizes() const = 0;
+  virtual Step chooseByLevels(const LevelUse& levels) const = 0;
+  /// Called when the range is known.
+  virtual void noteLevels(const LevelUse&) {}
+  const boost::shared_ptr<const attr::Range>& getRange() const { return _range; }
+
+  void clearIntermediateData() override;
+
+private:
+  processor::ChoiceColl foreseeChoices() const override;
+  std::size_t getRepetitionCount() const override { return 2; }
+  BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t step,
+                              core::ProviderPtr& provider) override;
+  Step chooseByRange();
+
+  bool _lastStepTaken = false;
+  boost::shared_ptr<attr::StatsResult> _stats;
+  boost::shared_ptr<const attr::Range> _range;  ///< of all samples of the image
+};
+
+}  // namespace vexo::imaproc::filter
