@@ -239,9 +239,9 @@ void BaseAction::rethrowFailure() const {
   } catch (const BaseException&) {
     throw;
   } catch (const std::exception& foreign) {
-    raise<UnHandleException>(getModuleLogger("VEXOCore"), VEXO_HERE, foreign.what());
+    raise<UnHandleException>("VEXOCore", VEXO_HERE, foreign.what());
   } catch (...) {
-    raise<UnHandleException>(getModuleLogger("VEXOCore"), VEXO_HERE, "unknown failure");
+    raise<UnHandleException>("VEXOCore", VEXO_HERE, "unknown failure");
   }
 }
 

@@ -1,5 +1,7 @@
 #include "VEXOProcessing/ProcessingMessages.h"
 
+#include <log4cplus/logger.h>
+
 namespace vexo {
 
 using processor::eProcessorMessage;

@@ -1,5 +1,7 @@
 #include "VEXOSerialization/Archive.h"
 
+#include <log4cplus/logger.h>
+
 #include <utility>
 
 #include "VEXOCore/Log.h"

@@ -1,4 +1,6 @@
 #include <cmath>
+
+#include <log4cplus/logger.h>
 #include <deque>
 #include <nlohmann/json.hpp>
 #include <set>

@@ -1,5 +1,7 @@
 #include "VEXOSerialization/SerializationMessages.h"
 
+#include <log4cplus/logger.h>
+
 #include "VEXOCore/Log.h"
 
 namespace vexo {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <log4cplus/logger.h>
+#include "VEXOCore/Log.h"
 
 #include <utility>
 #include <vector>

@@ -1,5 +1,7 @@
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLog.h"
 
+#include <log4cplus/logger.h>
+
 namespace vexo::imaproc::filter {
 
 VEXOIPLFilteringException::~VEXOIPLFilteringException() = default;

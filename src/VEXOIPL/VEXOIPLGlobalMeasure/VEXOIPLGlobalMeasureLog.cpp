@@ -1,5 +1,7 @@
 #include "VEXOIPL/VEXOIPLGlobalMeasure/VEXOIPLGlobalMeasureLog.h"
 
+#include <log4cplus/logger.h>
+
 namespace vexo::imaproc::glbmsr {
 
 VEXOIPLGlobalMeasureException::~VEXOIPLGlobalMeasureException() = default;

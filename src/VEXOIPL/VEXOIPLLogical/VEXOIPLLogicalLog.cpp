@@ -1,5 +1,7 @@
 #include "VEXOIPL/VEXOIPLLogical/VEXOIPLLogicalLog.h"
 
+#include <log4cplus/logger.h>
+
 namespace vexo::imaproc::logic {
 
 VEXOIPLLogicalException::~VEXOIPLLogicalException() = default;
