@@ -88,9 +88,10 @@ private:
   std::unique_ptr<Format> _format;  ///< null once something has failed
 };
 
-/// What a module states for each of its message enumerations:
+/// What is known of a message enumeration: the manager of its module and its table. A module says it by
+/// messagesOf (Module.h), anything else by a specialisation with
 ///   static LogMessageManager& manager();
-///   static const std::vector<std::pair<Enum, const char*>>& messages();   (any iterable of pairs)
+///   static ... messages();   (any iterable of pairs of value and text)
 template <class Enum>
 struct MessageMap;
 
