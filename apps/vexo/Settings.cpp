@@ -2,6 +2,7 @@
 
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/layout.h>
+#include <log4cplus/logger.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,98 +1,12 @@
 #include "VEXOCore/Action.h"
 
-#include <sched.h>
-
-#include <algorithm>
 #include <boost/make_shared.hpp>
-#include <cmath>
-#include <fstream>
-#include <sstream>
-#include <vector>
 
 #include "VEXOCore/Log.h"
-#include "VEXOCore/ThreadPool.h"
+#include "VEXOCore/ThreadGrants.h"
 
 namespace vexo::core {
-
-void RunState::fail(std::exception_ptr failure) {
-  std::unique_lock<std::mutex> lock(_mutex);
-  if (!_failure) _failure = failure;
-  _failed = true;
-}
-
-void RunState::throwIfStopped() const {
-  if (!isStopped()) return;
-  {
-    std::unique_lock<std::mutex> lock(_mutex);
-    if (_failure) std::rethrow_exception(_failure);
-  }
-  raiseError(VEXO_HERE, "VEXOCore", "the run of ", _name, " was cancelled");
-}
-
-void RunState::addProgress(double part) {
-  double old = _progress;
-  while (!_progress.compare_exchange_weak(old, std::min(1.0, old + part))) {
-  }
-}
-
-BaseActionProvider::~BaseActionProvider() = default;
-
 namespace {
-
-constexpr std::size_t mostThreads = 4096;
-
-void checkThreadCount(std::size_t count) {
-  if (count > mostThreads)
-    raiseError(VEXO_HERE, "VEXOCore", "thread count ", count, " is over ", mostThreads);
-}
-
-/// CPUs' worth of time that the control group at this folder and those above it grant; 0 when none sets a
-/// limit.
-double controlGroupLimit(const std::string& folder) {
-  double limit = 0;
-  for (std::string path = folder;; path.erase(path.rfind('/'))) {
-    double quota = 0, period = 0;
-    std::ifstream v2("/sys/fs/cgroup" + path + "/cpu.max");
-    if (!(v2 >> quota >> period)) {
-      std::ifstream("/sys/fs/cgroup/cpu" + path + "/cpu.cfs_quota_us") >> quota;
-      std::ifstream("/sys/fs/cgroup/cpu" + path + "/cpu.cfs_period_us") >> period;
-    }
-    if (quota > 0 && period > 0 && (limit == 0 || quota / period < limit)) limit = quota / period;
-    if (path.empty()) return limit;
-  }
-}
-
-double controlGroupLimit() {
-  // Lines "0::/folder" (version 2) or "4:cpu,cpuacct:/folder" (version 1).
-  std::ifstream groups("/proc/self/cgroup");
-  double limit = 0;
-  for (std::string line; std::getline(groups, line);) {
-    const auto first = line.find(':'), second = line.find(':', first + 1);
-    if (second == std::string::npos) continue;
-    const std::string controllers = "," + line.substr(first + 1, second - first - 1) + ",";
-    if (controllers != ",," && controllers.find(",cpu,") == std::string::npos) continue;
-    std::string folder = line.substr(second + 1);
-    if (folder == "/") folder.clear();
-    const double found = controlGroupLimit(folder);
-    if (found > 0 && (limit == 0 || found < limit)) limit = found;
-  }
-  return limit;
-}
-
-/// The pieces of a provider, none of which starts once the run is to stop.
-struct Pieces {
-  BaseActionProvider& provider;
-  const RunShare share;
-
-  void run(std::size_t index) const {
-    if (share.state.isStopped()) return;
-    try {
-      provider.runPiece(index, share);
-    } catch (...) {
-      share.state.fail(std::current_exception());
-    }
-  }
-};
 
 BoolResult resultOf(const std::exception_ptr& failure) {
   if (!failure) return true;
@@ -105,64 +19,7 @@ BoolResult resultOf(const std::exception_ptr& failure) {
   }
 }
 
-/// Processors of the affinity mask.
-std::size_t countProcessors() {
-  for (int most = CPU_SETSIZE; most <= 1 << 20; most *= 2) {
-    cpu_set_t* const set = CPU_ALLOC(most);
-    if (!set) break;
-    const std::size_t size = CPU_ALLOC_SIZE(most);
-    const int count = sched_getaffinity(0, size, set) == 0 ? CPU_COUNT_S(size, set) : 0;
-    CPU_FREE(set);
-    if (count > 0) return static_cast<std::size_t>(count);
-  }
-  return 1;
-}
-
 }  // namespace
-
-ActionRunner& ActionRunner::getInstance() {
-  // Never destroyed: runs of other threads may outlive the static objects of the program.
-  static auto& runner = *new ActionRunner;
-  return runner;
-}
-
-std::size_t ActionRunner::getDefaultThreadCount() {
-  static const std::size_t count = [] {
-    std::size_t threads = countProcessors();
-    if (const double granted = controlGroupLimit(); granted > 0)
-      threads = std::min(threads, static_cast<std::size_t>(std::max(1.0, std::ceil(granted))));
-    return threads;
-  }();
-  return count;
-}
-
-void ActionRunner::setThreadCount(std::size_t count) {
-  checkThreadCount(count);
-  _threadCount = count != 0 ? count : getDefaultThreadCount();
-}
-
-void ActionRunner::run(BaseActionProvider& provider, const RunShare& share) {
-  RunState& state = share.state;
-  state.throwIfStopped();
-  const std::size_t count = provider.prepare();
-  if (count == 0) return share.done();
-  Pieces pieces{provider, share.part(count)};
-  if (count == 1 || state.getThreadCount() == 1)
-    for (std::size_t index = 0; index < count; ++index) pieces.run(index);
-  else
-    ThreadPool::getInstance().runLoop(
-        state, count, [](void* context, std::size_t index) { static_cast<Pieces*>(context)->run(index); },
-        &pieces);
-  state.throwIfStopped();
-}
-
-void ActionRunner::start(const boost::shared_ptr<RunState>& state, std::function<void()> task) {
-  ThreadPool::getInstance().start(state, std::move(task));
-}
-
-void ActionRunner::stopBackgroundRuns() {
-  ThreadPool::stopAllTasks();
-}
 
 BaseAction::~BaseAction() = default;
 
@@ -239,9 +96,9 @@ void BaseAction::rethrowFailure() const {
   } catch (const BaseException&) {
     throw;
   } catch (const std::exception& foreign) {
-    raise<UnHandleException>(getModuleLogger("VEXOCore"), VEXO_HERE, foreign.what());
+    raise<UnHandleException>("VEXOCore", VEXO_HERE, foreign.what());
   } catch (...) {
-    raise<UnHandleException>(getModuleLogger("VEXOCore"), VEXO_HERE, "unknown failure");
+    raise<UnHandleException>("VEXOCore", VEXO_HERE, "unknown failure");
   }
 }
 

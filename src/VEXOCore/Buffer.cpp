@@ -2,9 +2,9 @@
 
 #include <sys/mman.h>
 
-#include <boost/thread/mutex.hpp>
 #include <cstdlib>
 #include <deque>
+#include <mutex>
 
 #include "VEXOCore/Log.h"
 
@@ -49,7 +49,7 @@ void* mapLarge(std::size_t size) {
 class Recycler {
 public:
   void* take(std::size_t& size) {
-    boost::mutex::scoped_lock lock(_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     auto best = _blocks.end();
     for (auto block = _blocks.begin(); block != _blocks.end(); ++block)
       // A block that is much too large would only hide memory from the next caller.
@@ -64,7 +64,7 @@ public:
     return data;
   }
   void give(void* data, std::size_t size) {
-    boost::mutex::scoped_lock lock(_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     if (size > _limit) {
       munmap(data, size);
       return;
@@ -74,16 +74,16 @@ public:
     _kept += size;
   }
   void setLimit(std::size_t bytes) {
-    boost::mutex::scoped_lock lock(_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     _limit = bytes;
     shrinkTo(bytes);
   }
   std::size_t limit() const {
-    boost::mutex::scoped_lock lock(_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     return _limit;
   }
   std::size_t kept() const {
-    boost::mutex::scoped_lock lock(_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     return _kept;
   }
 
@@ -99,7 +99,7 @@ private:
       _blocks.pop_front();
     }
   }
-  mutable boost::mutex _mutex;
+  mutable std::mutex _mutex;
   std::deque<Block> _blocks;
   std::size_t _kept = 0;
   std::size_t _limit = std::size_t(256) << 20;

@@ -1,8 +1,9 @@
 #include "VEXOCore/Log.h"
 
-#include <log4cplus/loggingmacros.h>
+#include <log4cplus/logger.h>
 #include <log4cplus/nullappender.h>
 
+#include <mutex>
 #include <shared_mutex>
 
 namespace vexo {
@@ -49,6 +50,10 @@ void logError(const log4cplus::Logger& logger, const std::string& text, const bo
   if (!logIsOver && logger.isEnabledFor(log4cplus::ERROR_LOG_LEVEL))
     logger.forcedLog(log4cplus::ERROR_LOG_LEVEL, text, where.file_name(), static_cast<int>(where.line()),
                      where.function_name());
+}
+
+void logError(const char* moduleName, const std::string& text, const boost::source_location& where) {
+  logError(getModuleLogger(moduleName), text, where);
 }
 
 }  // namespace vexo

@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "VEXOCore/ActionRunner.h"
 #include "VEXOCore/Log.h"
 
 namespace vexo::core {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <ostream>
 #include <vector>
 
 #include "VEXOCore/Buffer.h"

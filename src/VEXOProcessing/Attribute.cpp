@@ -1,5 +1,7 @@
 #include "VEXOProcessing/Attribute.h"
 
+#include <log4cplus/logger.h>
+
 #include <cctype>
 #include <cmath>
 #include <cstring>

@@ -1,5 +1,7 @@
 #include "VEXOProcessing/Dispatcher.h"
 
+#include <log4cplus/logger.h>
+
 #include <algorithm>
 
 namespace vexo::processor {

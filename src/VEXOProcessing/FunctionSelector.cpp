@@ -34,13 +34,13 @@ bool AlgorithmFunctionSelector::isSupported(const InstructionSetsIdentifier& set
 }
 
 void AlgorithmFunctionSelector::registerFunction(const AlgorithmFunctionIdentifier& identifier) {
-  boost::mutex::scoped_lock lock(_mutex);
+  const std::lock_guard<std::mutex> lock(_mutex);
   _functions[identifier.types.getIds()].push_back(identifier);
 }
 
 AlgorithmFunction AlgorithmFunctionSelector::select(const DataTypeIdentifierColl& types,
                                                     const InstructionSetsIdentifier& allowed) const {
-  boost::mutex::scoped_lock lock(_mutex);
+  const std::lock_guard<std::mutex> lock(_mutex);
   const auto found = _functions.find(types.getIds());
   const AlgorithmFunctionIdentifier* best = nullptr;
   if (found != _functions.end())
@@ -52,19 +52,19 @@ AlgorithmFunction AlgorithmFunctionSelector::select(const DataTypeIdentifierColl
 }
 
 std::size_t AlgorithmFunctionSelector::getFunctionCount() const {
-  boost::mutex::scoped_lock lock(_mutex);
+  const std::lock_guard<std::mutex> lock(_mutex);
   std::size_t count = 0;
   for (const auto& entry : _functions) count += entry.second.size();
   return count;
 }
 
 void ForcedInstructionSets::force(const InstructionSetsIdentifier& sets) {
-  boost::mutex::scoped_lock lock(_mutex);
+  const std::lock_guard<std::mutex> lock(_mutex);
   _sets = sets;
 }
 
 InstructionSetsIdentifier ForcedInstructionSets::get() const {
-  boost::mutex::scoped_lock lock(_mutex);
+  const std::lock_guard<std::mutex> lock(_mutex);
   return _sets;
 }
 

@@ -251,7 +251,7 @@ public:
   std::size_t prepare() override { return 1; }
   void runPiece(std::size_t, const core::RunShare& share) override {
     if (const BoolResult done = _work(); !done)
-      raise<BaseException>(processor::getProcessingLogger(), VEXO_HERE, done.getMessage());
+      raise<BaseException>("VEXOProcessing", VEXO_HERE, done.getMessage());
     share.done();
   }
 

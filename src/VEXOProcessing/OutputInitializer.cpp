@@ -1,5 +1,7 @@
 #include "VEXOProcessing/OutputInitializer.h"
 
+#include <log4cplus/logger.h>
+
 #include "VEXOProcessing/ProcessingMessages.h"
 
 namespace vexo::processor {

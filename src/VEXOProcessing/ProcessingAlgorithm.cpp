@@ -1,5 +1,7 @@
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 
+#include <log4cplus/logger.h>
+
 #include <type_traits>
 
 #if defined(__SSE2__)

@@ -1,15 +1,11 @@
 #include "VEXOProcessing/ProcessingMessages.h"
 
-namespace vexo {
+#include <log4cplus/logger.h>
 
-using processor::eProcessorMessage;
+namespace vexo::processor {
 
-LogMessageManager& MessageMap<eProcessorMessage>::manager() {
-  return LogMessageManager::getInstance("VEXOProcessing");
-}
-
-const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProcessorMessage>::messages() {
-  static const auto& table = *new std::vector<std::pair<eProcessorMessage, const char*>>{
+MessageTable<ProcessingModule, eProcessorMessage> messagesOf(eProcessorMessage) {
+  static constexpr Message<eProcessorMessage> table[] = {
       {eProcessorMessage::NotInitialised, "%1% is not initialised"},
       {eProcessorMessage::MissingInput, "%1%: the input %2% is not set"},
       {eProcessorMessage::NoInitializer, "%1%: the output %2% is not set and cannot be created"},
@@ -26,19 +22,17 @@ const std::vector<std::pair<eProcessorMessage, const char*>>& MessageMap<eProces
       {eProcessorMessage::StillRunning, "%1% is running: wait for the end of the run"},
       {eProcessorMessage::NotSet, "%1% is not set"},
       {eProcessorMessage::NullInput, "Input attribute should not be null"},
-      {eProcessorMessage::RefusedValue, "%1%: the value is refused: %2%"}};
+      {eProcessorMessage::RefusedValue, "%1%: the value is refused: %2%"},
+  };
   return table;
 }
 
-namespace processor {
-
 log4cplus::Logger getProcessingLogger() {
-  return getModuleLogger("VEXOProcessing");
+  return getModuleLogger(ProcessingModule::name);
 }
 
 namespace {
-const bool registered = static_cast<bool>(MsgMapRegistrator<eProcessorMessage>::registerMessageMap());
+const bool registered = registerMessages<eProcessorMessage>();
 }
 
-}  // namespace processor
-}  // namespace vexo
+}  // namespace vexo::processor

@@ -1,5 +1,7 @@
 #include "VEXOProcessing/Processor.h"
 
+#include <log4cplus/logger.h>
+
 #include <algorithm>
 
 #include "VEXOSerialization/SerializationMessages.h"

@@ -1,5 +1,7 @@
 #include "VEXOProcessing/ProcessorFactory.h"
 
+#include <log4cplus/logger.h>
+
 #include <boost/thread/mutex.hpp>
 #include <map>
 

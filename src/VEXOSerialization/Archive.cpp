@@ -57,8 +57,7 @@ void collect(BaseIArchive& archive, BaseDataItemNode& item, const std::string& s
   std::uint32_t version = 0;
   archive.read(versionName, version);
   if (version > item.getVersion())
-    raiseMessage<UnHandleException>(getSerializationLogger(), VEXO_HERE, eSerializationMessage::NewerVersion,
-                                    item.getKey(), version, item.getVersion());
+    raiseMessage(VEXO_HERE, eSerializationMessage::NewerVersion, item.getKey(), version, item.getVersion());
   for (std::size_t i = 0; i < item.getLeafCount(); ++i)
     texts.emplace_back(&item.getLeaf(i), LeafValues::read(archive, item.getLeaf(i)));
   for (std::size_t i = 0; i < item.getNodeCount(); ++i)
@@ -92,8 +91,7 @@ void readDataItem(BaseIArchive& archive, BaseDataItemNode& item, const std::stri
     if (set) continue;
     olds.pop_back();  // a leaf that refuses a value keeps its old one
     for (const auto& [changed, old] : olds) changed->setText(old);
-    raise<UnHandleException>(getSerializationLogger(), VEXO_HERE,
-                             item.getKey() + ": " + leaf->getKey() + ": " + set.getMessage());
+    SerializationModule::raise(VEXO_HERE, item.getKey() + ": " + leaf->getKey() + ": " + set.getMessage());
   }
 }
 

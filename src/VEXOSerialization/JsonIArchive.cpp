@@ -164,8 +164,7 @@ struct JsonIArchive::Impl {
   [[noreturn]] void fail(const std::string& name, const std::string& why) const {
     std::string path;
     for (const std::string& section : names) path += section + "/";
-    raise<UnHandleException>(getSerializationLogger(), VEXO_HERE,
-                             "cannot read " + quote(path + name) + ": " + why);
+    SerializationModule::raise(VEXO_HERE, "cannot read " + quote(path + name) + ": " + why);
   }
 
   const Section::Item& find(const std::string& name) const {
@@ -190,8 +189,7 @@ JsonIArchive::JsonIArchive(const std::string& text, const JsonLimits& limits)
     throw;
   } catch (const std::exception& foreign) {
     // A parser message quotes the text, which may be long and hostile.
-    raise<UnHandleException>(getSerializationLogger(), VEXO_HERE,
-                             "the text is no archive: " + cut(foreign.what()));
+    SerializationModule::raise(VEXO_HERE, "the text is no archive: " + cut(foreign.what()));
   }
 }
 JsonIArchive::~JsonIArchive() = default;
@@ -209,8 +207,7 @@ void JsonIArchive::openSection(const std::string& name) {
 }
 
 void JsonIArchive::closeSection() {
-  if (_impl->names.empty())
-    raise<UnHandleException>(getSerializationLogger(), VEXO_HERE, "cannot close a section: none is open");
+  if (_impl->names.empty()) SerializationModule::raise(VEXO_HERE, "cannot close a section: none is open");
   _impl->names.pop_back();
   _impl->open.pop_back();
 }

@@ -93,8 +93,7 @@ struct JsonOArchive::Impl {
     } catch (const std::bad_alloc&) {
       throw;
     } catch (const std::exception& foreign) {
-      raise<UnHandleException>(getSerializationLogger(), VEXO_HERE,
-                               "cannot write " + quote(name) + ": " + foreign.what());
+      SerializationModule::raise(VEXO_HERE, "cannot write " + quote(name) + ": " + foreign.what());
     }
   }
   void putValue(const std::string& name, const Json& value) {
@@ -113,8 +112,7 @@ void JsonOArchive::openSection(const std::string& name) {
 }
 
 void JsonOArchive::closeSection() {
-  if (_impl->open.size() == 1)
-    raise<UnHandleException>(getSerializationLogger(), VEXO_HERE, "cannot close a section: none is open");
+  if (_impl->open.size() == 1) SerializationModule::raise(VEXO_HERE, "cannot close a section: none is open");
   _impl->open.pop_back();
 }
 

@@ -1,23 +1,19 @@
 #include "VEXOSerialization/SerializationMessages.h"
 
-#include "VEXOCore/Log.h"
+#include <log4cplus/logger.h>
 
 namespace vexo {
 
-LogMessageManager& MessageMap<eSerializationMessage>::manager() {
-  return LogMessageManager::getInstance("VEXOSerialization");
-}
-
-const std::vector<std::pair<eSerializationMessage, const char*>>&
-MessageMap<eSerializationMessage>::messages() {
-  static const auto& table = *new std::vector<std::pair<eSerializationMessage, const char*>>{
+MessageTable<SerializationModule, eSerializationMessage> messagesOf(eSerializationMessage) {
+  static constexpr Message<eSerializationMessage> table[] = {
       {eSerializationMessage::NewerVersion,
-       "%1%: version %2% of the archive is greater than the version %3% that this library reads"}};
+       "%1%: version %2% of the archive is greater than the version %3% that this library reads"},
+  };
   return table;
 }
 
 log4cplus::Logger getSerializationLogger() {
-  return getModuleLogger("VEXOSerialization");
+  return getModuleLogger(SerializationModule::name);
 }
 
 }  // namespace vexo

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <log4cplus/appender.h>
+#include <log4cplus/logger.h>
 #include <log4cplus/spi/loggingevent.h>
 
 #include <thread>

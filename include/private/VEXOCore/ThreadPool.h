@@ -9,7 +9,7 @@
 #include <mutex>
 #include <thread>
 
-#include "VEXOCore/Action.h"
+#include "VEXOCore/RunState.h"
 
 namespace vexo::core {
 

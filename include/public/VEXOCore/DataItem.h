@@ -1,9 +1,9 @@
 #pragma once
 
-#include <boost/shared_ptr.hpp>
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VEXOCore/BoolResult.h"

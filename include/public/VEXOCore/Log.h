@@ -1,14 +1,16 @@
 #pragma once
 
-#include <log4cplus/logger.h>
-
-#include <sstream>
 #include <string>
 #include <utility>
 
 #include "VEXOCore/BaseException.h"
 #include "VEXOCore/LogMessage.h"
 #include "VEXOCore/Quote.h"
+
+// <log4cplus/logger.h> is for sources that use a logger: it is dear to read.
+namespace log4cplus {
+class Logger;
+}
 
 namespace vexo {
 
@@ -19,17 +21,17 @@ VEXO_API const std::string& getBaseLoggerName();
 /// objects of the process are being destroyed.
 VEXO_API log4cplus::Logger getModuleLogger(const std::string& moduleName);
 
-/// Logs at ERROR level with the source location, when the logger is enabled for it.
+/// Logs at ERROR level with the source location, when the logger, or that of the module, is enabled for it.
 VEXO_API void logError(const log4cplus::Logger& logger, const std::string& text,
                        const boost::source_location& where);
+VEXO_API void logError(const char* moduleName, const std::string& text, const boost::source_location& where);
 
-/// How every error of the library is raised: the text, its control characters escaped,
-/// is logged at ERROR level, then thrown with its place.
-template <class Exception>
-[[noreturn]] void raise(const log4cplus::Logger& logger, const boost::source_location& where,
-                        std::string text) {
+/// How every error of the library is raised: the text, its control characters escaped, is logged at ERROR
+/// level, then thrown with its place. `log` is a logger or the name of a module.
+template <class Exception, class Log>
+[[noreturn]] void raise(const Log& log, const boost::source_location& where, std::string text) {
   text = escapeControls(text);
-  logError(logger, text, where);
+  logError(log, text, where);
   throw Exception(std::move(text), where);
 }
 
@@ -44,9 +46,7 @@ template <class Exception, class Enum, class... Args>
 template <class... Args>
 [[noreturn]] void raiseError(const boost::source_location& where, const char* moduleName,
                              const Args&... args) {
-  std::ostringstream text;
-  (text << ... << args);
-  raise<BaseException>(getModuleLogger(moduleName), where, text.str());
+  raise<BaseException>(moduleName, where, joinValues({args...}));
 }
 
 }  // namespace vexo

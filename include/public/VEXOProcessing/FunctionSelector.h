@@ -1,8 +1,8 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/mutex.hpp>
 #include <map>
+#include <mutex>
 #include <set>
 #include <vector>
 
@@ -86,7 +86,7 @@ public:
   std::size_t getFunctionCount() const;
 
 private:
-  mutable boost::mutex _mutex;
+  mutable std::mutex _mutex;
   std::map<std::vector<unsigned>, std::vector<AlgorithmFunctionIdentifier>> _functions;
 };
 
@@ -98,7 +98,7 @@ public:
   InstructionSetsIdentifier get() const;
 
 private:
-  mutable boost::mutex _mutex;
+  mutable std::mutex _mutex;
   InstructionSetsIdentifier _sets;
 };
 

@@ -1,11 +1,13 @@
 #pragma once
 
-#include <utility>
-#include <vector>
-
-#include "VEXOCore/Log.h"
+#include "VEXOCore/Module.h"
 
 namespace vexo::processor {
+
+struct ProcessingModule : Module<ProcessingModule> {
+  static constexpr char name[] = "VEXOProcessing";
+  using Exception = BaseException;
+};
 
 /// Messages of the processing layer.
 enum class eProcessorMessage {
@@ -26,15 +28,8 @@ enum class eProcessorMessage {
   NullInput = 15,
   RefusedValue = 33,
 };
+VEXO_API MessageTable<ProcessingModule, eProcessorMessage> messagesOf(eProcessorMessage);
 
 VEXO_API log4cplus::Logger getProcessingLogger();
 
 }  // namespace vexo::processor
-
-namespace vexo {
-template <>
-struct VEXO_API MessageMap<processor::eProcessorMessage> {
-  static LogMessageManager& manager();
-  static const std::vector<std::pair<processor::eProcessorMessage, const char*>>& messages();
-};
-}  // namespace vexo

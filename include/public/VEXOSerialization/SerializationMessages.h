@@ -1,25 +1,19 @@
 #pragma once
 
-#include <log4cplus/logger.h>
-
-#include <utility>
-#include <vector>
-
-#include "VEXOCore/Export.h"
-#include "VEXOCore/LogMessage.h"
+#include "VEXOCore/Module.h"
 
 namespace vexo {
+
+struct SerializationModule : Module<SerializationModule> {
+  static constexpr char name[] = "VEXOSerialization";
+  using Exception = UnHandleException;
+};
 
 /// User-visible messages of the serialization module.
 enum class eSerializationMessage : unsigned {
   NewerVersion = 25,  ///< name of the item, version in the archive, version of the item
 };
-
-template <>
-struct VEXO_API MessageMap<eSerializationMessage> {
-  static LogMessageManager& manager();
-  static const std::vector<std::pair<eSerializationMessage, const char*>>& messages();
-};
+VEXO_API MessageTable<SerializationModule, eSerializationMessage> messagesOf(eSerializationMessage);
 
 VEXO_API log4cplus::Logger getSerializationLogger();
 

@@ -1,20 +1,21 @@
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLog.h"
 
+#include <log4cplus/logger.h>
+
 namespace vexo::imaproc::filter {
 
 VEXOIPLFilteringException::~VEXOIPLFilteringException() = default;
 
 const std::string& getVEXOIPLFilteringLoggerName() {
-  static const auto& name = *new std::string(getBaseLoggerName() + ".VEXOIPLFiltering");
-  return name;
+  return FilteringModule::getLoggerName();
 }
 
 log4cplus::Logger getVEXOIPLFilteringLogger() {
-  return getModuleLogger("VEXOIPLFiltering");
+  return getModuleLogger(FilteringModule::name);
 }
 
 LogMessageManager& getVEXOIPLFilteringLogMessageManager() {
-  return LogMessageManager::getInstance("VEXOIPLFiltering");
+  return FilteringModule::getMessageManager();
 }
 
 }  // namespace vexo::imaproc::filter

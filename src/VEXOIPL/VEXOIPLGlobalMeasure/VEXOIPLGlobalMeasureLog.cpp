@@ -1,20 +1,21 @@
 #include "VEXOIPL/VEXOIPLGlobalMeasure/VEXOIPLGlobalMeasureLog.h"
 
+#include <log4cplus/logger.h>
+
 namespace vexo::imaproc::glbmsr {
 
 VEXOIPLGlobalMeasureException::~VEXOIPLGlobalMeasureException() = default;
 
 const std::string& getVEXOIPLGlobalMeasureLoggerName() {
-  static const auto& name = *new std::string(getBaseLoggerName() + ".VEXOIPLGlobalMeasure");
-  return name;
+  return GlobalMeasureModule::getLoggerName();
 }
 
 log4cplus::Logger getVEXOIPLGlobalMeasureLogger() {
-  return getModuleLogger("VEXOIPLGlobalMeasure");
+  return getModuleLogger(GlobalMeasureModule::name);
 }
 
 LogMessageManager& getVEXOIPLGlobalMeasureLogMessageManager() {
-  return LogMessageManager::getInstance("VEXOIPLGlobalMeasure");
+  return GlobalMeasureModule::getMessageManager();
 }
 
 }  // namespace vexo::imaproc::glbmsr

@@ -1,20 +1,21 @@
 #include "VEXOIPL/VEXOIPLLogical/VEXOIPLLogicalLog.h"
 
+#include <log4cplus/logger.h>
+
 namespace vexo::imaproc::logic {
 
 VEXOIPLLogicalException::~VEXOIPLLogicalException() = default;
 
 const std::string& getVEXOIPLLogicalLoggerName() {
-  static const auto& name = *new std::string(getBaseLoggerName() + ".VEXOIPLLogical");
-  return name;
+  return LogicalModule::getLoggerName();
 }
 
 log4cplus::Logger getVEXOIPLLogicalLogger() {
-  return getModuleLogger("VEXOIPLLogical");
+  return getModuleLogger(LogicalModule::name);
 }
 
 LogMessageManager& getVEXOIPLLogicalLogMessageManager() {
-  return LogMessageManager::getInstance("VEXOIPLLogical");
+  return LogicalModule::getMessageManager();
 }
 
 }  // namespace vexo::imaproc::logic

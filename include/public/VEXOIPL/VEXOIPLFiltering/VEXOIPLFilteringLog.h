@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VEXOCore/Log.h"
+#include "VEXOCore/Module.h"
 
 namespace vexo::imaproc::filter {
 
@@ -9,6 +9,11 @@ class VEXO_API VEXOIPLFilteringException : public BaseException {
 public:
   using BaseException::BaseException;
   ~VEXOIPLFilteringException() override;
+};
+
+struct FilteringModule : Module<FilteringModule> {
+  static constexpr char name[] = "VEXOIPLFiltering";
+  using Exception = VEXOIPLFilteringException;
 };
 
 /// getBaseLoggerName() + ".VEXOIPLFiltering"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VEXOCore/Log.h"
+#include "VEXOCore/Module.h"
 
 namespace vexo::imaproc::glbmsr {
 
@@ -9,6 +9,11 @@ class VEXO_API VEXOIPLGlobalMeasureException : public BaseException {
 public:
   using BaseException::BaseException;
   ~VEXOIPLGlobalMeasureException() override;
+};
+
+struct GlobalMeasureModule : Module<GlobalMeasureModule> {
+  static constexpr char name[] = "VEXOIPLGlobalMeasure";
+  using Exception = VEXOIPLGlobalMeasureException;
 };
 
 /// getBaseLoggerName() + ".VEXOIPLGlobalMeasure"

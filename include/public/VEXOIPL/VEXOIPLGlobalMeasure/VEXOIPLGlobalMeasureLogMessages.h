@@ -1,29 +1,15 @@
 #pragma once
 
-#include <utility>
-#include <vector>
-
 #include "VEXOIPL/VEXOIPLGlobalMeasure/VEXOIPLGlobalMeasureLog.h"
 
 namespace vexo::imaproc::glbmsr {
 
-/// Tool tips of processors. Values are stable: they are part of the interface.
+/// Tool tips of processors.
 enum class eProcessorMessage {
-  StatsMsrLvl1 = 0,
-  StatsMsr2dLvl2 = 1,
-  StatsMsr3dLvl2 = 2,
-  StatsMsr2dLvl3 = 3,
-  StatsMsr3dLvl3 = 4,
+#define VEXO_PROCESSOR(Name, number, toolTip) Name = number,
+#include "VEXOIPL/VEXOIPLGlobalMeasure/ProcessorMessages.inc"
 };
+
+VEXO_API MessageTable<GlobalMeasureModule, eProcessorMessage> messagesOf(eProcessorMessage);
 
 }  // namespace vexo::imaproc::glbmsr
-
-namespace vexo {
-
-template <>
-struct VEXO_API MessageMap<imaproc::glbmsr::eProcessorMessage> {
-  static LogMessageManager& manager() { return imaproc::glbmsr::getVEXOIPLGlobalMeasureLogMessageManager(); }
-  static const std::vector<std::pair<imaproc::glbmsr::eProcessorMessage, const char*>>& messages();
-};
-
-}  // namespace vexo

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VEXOCore/Log.h"
+#include "VEXOCore/Module.h"
 
 namespace vexo::imaproc::logic {
 
@@ -9,6 +9,11 @@ class VEXO_API VEXOIPLLogicalException : public BaseException {
 public:
   using BaseException::BaseException;
   ~VEXOIPLLogicalException() override;
+};
+
+struct LogicalModule : Module<LogicalModule> {
+  static constexpr char name[] = "VEXOIPLLogical";
+  using Exception = VEXOIPLLogicalException;
 };
 
 /// getBaseLoggerName() + ".VEXOIPLLogical"

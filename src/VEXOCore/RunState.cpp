@@ -1,0 +1,30 @@
+#include "VEXOCore/RunState.h"
+
+#include <algorithm>
+
+#include "VEXOCore/Log.h"
+
+namespace vexo::core {
+
+void RunState::fail(std::exception_ptr failure) {
+  std::unique_lock<std::mutex> lock(_mutex);
+  if (!_failure) _failure = failure;
+  _failed = true;
+}
+
+void RunState::throwIfStopped() const {
+  if (!isStopped()) return;
+  {
+    std::unique_lock<std::mutex> lock(_mutex);
+    if (_failure) std::rethrow_exception(_failure);
+  }
+  raiseError(VEXO_HERE, "VEXOCore", "the run of ", _name, " was cancelled");
+}
+
+void RunState::addProgress(double part) {
+  double old = _progress;
+  while (!_progress.compare_exchange_weak(old, std::min(1.0, old + part))) {
+  }
+}
+
+}  // namespace vexo::core
