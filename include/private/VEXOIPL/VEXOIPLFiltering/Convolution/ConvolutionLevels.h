@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VEXOCore/Gpu.h"
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/ConvolutionAttributes.h"
 #include "VEXOIPL/VEXOIPLFiltering/Convolution/ConvolutionOnGpu.h"
 #include "VEXOIPL/VEXOIPLFiltering/Convolution/FlatKernel.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"

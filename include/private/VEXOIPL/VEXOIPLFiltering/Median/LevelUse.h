@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/MedianAttributes.h"
 
 #include "VEXOProcessing/Attributes.h"
 

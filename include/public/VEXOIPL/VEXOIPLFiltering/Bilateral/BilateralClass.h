@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/BilateralAttributes.h"
 #include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::attr {

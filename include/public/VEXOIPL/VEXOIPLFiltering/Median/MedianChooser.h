@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/MedianAttributes.h"
 
 #include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
 #include "VEXOProcessing/Attributes.h"

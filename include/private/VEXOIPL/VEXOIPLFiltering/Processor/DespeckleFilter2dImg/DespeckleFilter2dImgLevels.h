@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/DespeckleAttributes.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
 #include "VEXOProcessing/Levels.h"
 

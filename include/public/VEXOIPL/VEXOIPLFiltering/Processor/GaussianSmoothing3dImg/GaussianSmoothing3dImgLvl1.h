@@ -1,6 +1,8 @@
 #pragma once
 
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/GaussianAttributes.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
+#include "VEXOMath/Kernel.h"
 #include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
