@@ -8,13 +8,15 @@ namespace vexo::processor {
 
 BaseSplit::~BaseSplit() = default;
 
-void BaseProcessorDispatcher::setSplits(std::vector<boost::shared_ptr<BaseSplit>> splits) {
-  const boost::shared_ptr<BaseProcessor> sample = _class.createShared();
-  for (const auto& split : splits)
+void BaseProcessorDispatcher::checkSplits() const {
+  boost::shared_ptr<BaseProcessor> sample;
+  for (const auto& split : _splits) {
+    if (split->isMadeFor(_class)) continue;
+    if (!sample) sample = _class.createShared();
     if (const BoolResult served = split->checkProcessorType(*sample); !served)
       raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::WrongProcessor,
                                   served.getMessage());
-  _splits = std::move(splits);
+  }
 }
 
 void BaseProcessorDispatcher::runPiece(std::size_t pieceIndex, const core::RunShare& share) {
@@ -27,7 +29,7 @@ void BaseProcessorDispatcher::runPiece(std::size_t pieceIndex, const core::RunSh
 
 void BaseStaticProcessorDispatcher::initBase(const core::BasePriority&,
                                              const std::vector<boost::shared_ptr<BaseStaticSplit>>& splits) {
-  setSplits({splits.begin(), splits.end()});
+  setSplits(splits);
   _pieceCount = 1;
   const BaseStaticSplit* first = nullptr;
   for (const auto& split : splits) {
@@ -45,7 +47,7 @@ void BaseStaticProcessorDispatcher::initBase(const core::BasePriority&,
 
 void BaseDynamicProcessorDispatcher::initBase(
     const core::BasePriority&, const std::vector<boost::shared_ptr<BaseDynamicSplit>>& splits) {
-  setSplits({splits.begin(), splits.end()});
+  setSplits(splits);
   _splits = splits;
 }
 

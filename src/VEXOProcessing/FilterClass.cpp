@@ -3,49 +3,47 @@
 namespace vexo::imaproc {
 namespace {
 
-using HolderPtr = boost::shared_ptr<processor::BaseImageAttribute>;
+using processor::BaseImageAttribute;
+using HolderPtr = boost::shared_ptr<BaseImageAttribute>;
 
-/// The first input image, then the others in their order.
-std::vector<HolderPtr> imagesOf(const processor::BaseProcessor& processor) {
-  std::vector<HolderPtr> holders;
-  for (const auto& attribute : processor.getAttributes()) {
-    const auto holder = boost::dynamic_pointer_cast<processor::BaseImageAttribute>(attribute);
-    if (!holder || holder->getInfo().isWorkImage()) continue;
-    holders.push_back(holder);
-    if (holders.front()->isOutput() && holder->isInput()) std::swap(holders.front(), holders.back());
-  }
-  return holders;
-}
-
-using MakeInitializer = decltype(processor::makeDuplicateInitializer);
-
-void initEach(const processor::BaseProcessor& processor, processor::OutputInitializerColl& initializers,
-              MakeInitializer* make) {
-  const std::vector<HolderPtr> holders = imagesOf(processor);
-  for (const HolderPtr& holder : holders)
-    if (!holder->isInput() && !holder->isOptional())
-      initializers[holder->getName()] = make(holder, holders.front());
+/// Calls a function with the first input image and each of the others, in their order.
+template <class Visit>
+void forEachPair(const processor::BaseProcessor& processor, const Visit& visit) {
+  const auto isImage = [](const auto& attribute) {
+    return dynamic_cast<const BaseImageAttribute*>(attribute.get()) && !attribute->getInfo().isWorkImage();
+  };
+  HolderPtr first;
+  for (const auto& attribute : processor.getAttributes())
+    if (!first && attribute->isInput() && isImage(attribute))
+      first = boost::static_pointer_cast<BaseImageAttribute>(attribute);
+  if (!first) return;
+  for (const auto& attribute : processor.getAttributes())
+    if (attribute != first && isImage(attribute))
+      visit(first, boost::static_pointer_cast<BaseImageAttribute>(attribute));
 }
 
 }  // namespace
 
 processor::RulePtr matchSizes(const processor::BaseProcessor& processor) {
-  const std::vector<HolderPtr> holders = imagesOf(processor);
-  processor::RulePtr rule = processor::none();
-  for (std::size_t i = 1; i < holders.size(); ++i) {
-    const auto agrees = matchSize(holders.front(), holders[i]);
-    rule = i == 1 ? agrees : rule && agrees;
-  }
-  return rule;
+  processor::RulePtr rule;
+  forEachPair(processor, [&](const HolderPtr& first, const HolderPtr& other) {
+    const auto agrees = matchSize(first, other);
+    rule = rule ? rule && agrees : agrees;
+  });
+  return rule ? rule : processor::none();
 }
 
 void duplicateInput(const processor::BaseProcessor& processor,
                     processor::OutputInitializerColl& initializers) {
-  initEach(processor, initializers, processor::makeDuplicateInitializer);
+  forEachPair(processor, [&](const HolderPtr& first, const HolderPtr& other) {
+    if (other->isOutput()) initializers[other->getName()] = processor::makeDuplicateInitializer(other, first);
+  });
 }
 
 void promoteInput(const processor::BaseProcessor& processor, processor::OutputInitializerColl& initializers) {
-  initEach(processor, initializers, processor::makePromoteInitializer);
+  forEachPair(processor, [&](const HolderPtr& first, const HolderPtr& other) {
+    if (other->isOutput()) initializers[other->getName()] = processor::makePromoteInitializer(other, first);
+  });
 }
 
 }  // namespace vexo::imaproc

@@ -35,6 +35,7 @@ public:
   PlacedSplit(const BaseAttribute& attribute, std::size_t place)
       : _info(attribute.getInfo()), _place(place) {}
   BoolResult checkProcessorType(const BaseProcessor&) const override { return true; }
+  bool isMadeFor(const processor::ProcessorClassInfo&) const override { return true; }
   const std::string& getAttributeName() const override { return _info.name; }
   const char* getAttributeToolTip() const override { return _info.toolTip; }
 
@@ -136,7 +137,7 @@ private:
 template <class Split, class Value, class MakeImageSplit>
 std::vector<boost::shared_ptr<Split>> makeSplits(const BaseProcessor& level, const NextLevel& next,
                                                  const GivenParts& given, const MakeImageSplit& split) {
-  const processor::AttributeColl attributes = next.info.createAttributes();
+  const processor::AttributeColl& attributes = next.info.sample;
   std::vector<boost::shared_ptr<Split>> splits;
   splits.reserve(attributes.size());
   for (std::size_t i = 0; i < attributes.size(); ++i) {

@@ -1,9 +1,5 @@
 #include "VEXOProcessing/OutputInitializer.h"
 
-#include <log4cplus/logger.h>
-
-#include "VEXOProcessing/ProcessingMessages.h"
-
 namespace vexo::processor {
 namespace {
 
@@ -34,7 +30,7 @@ BaseOutputInitializer::~BaseOutputInitializer() = default;
 boost::shared_ptr<const image::BaseImage> ImageOutputInitializer::getInput() const {
   const auto attribute = _input.lock();
   const auto image = attribute ? attribute->getImage() : nullptr;
-  if (!image) raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::NullInput);
+  if (!image) _raise(VEXO_HERE, formatMessage(eProcessorMessage::NullInput));
   return image;
 }
 

@@ -50,9 +50,7 @@ void BaseProcessingAlgorithm::process(const core::RunShare& share) {
         getProcessingLogger(), VEXO_HERE, eProcessorMessage::NoFunction, getObjectName(), types.getNames(),
         forced.isEmpty() ? std::string()
                          : "in the forced instruction set " + core::toString(forced.getSets()));
-  if (const BoolResult done = runFunction(function); !done)
-    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed,
-                                getObjectName(), done.getMessage());
+  if (const BoolResult done = runFunction(function); !done) raiseFailure(VEXO_HERE, done.getMessage());
   share.done();
 }
 
@@ -144,12 +142,9 @@ void BaseGpuProcessingAlgorithm::process(const core::RunShare& share) {
   for (const auto& attribute : getAttributes()) {
     const auto* image = dynamic_cast<const BaseImageAttribute*>(attribute.get());
     if (image && image->isSet() && !image->getImage()->isGpuImage())
-      raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed,
-                                  getObjectName(), attribute->getName() + " is not an image on the GPU");
+      raiseFailure(VEXO_HERE, attribute->getName() + " is not an image on the GPU");
   }
-  if (const BoolResult done = processOnGpu(); !done)
-    raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::ProviderFailed,
-                                getObjectName(), done.getMessage());
+  if (const BoolResult done = processOnGpu(); !done) raiseFailure(VEXO_HERE, done.getMessage());
   share.done();
 }
 

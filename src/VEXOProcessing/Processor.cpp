@@ -3,6 +3,7 @@
 #include <log4cplus/logger.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "VEXOSerialization/SerializationMessages.h"
 
@@ -34,9 +35,11 @@ BoolResult BaseProcessor::init(eProcessorRulePolicy rulePolicy) {
   _choicesAreOfNow = false;
   _createdOutputs.clear();
   _outputInitializers.clear();
+  _requested.clear();
   _attributes.clear();
   _rulePolicy = rulePolicy;
   const BoolResult result = initDerived(_attributes, _outputInitializers, _dispatchPolicy, _rule, rulePolicy);
+  for (const auto& initializer : _outputInitializers) initializer.second->setRaise(getClassInfo().raise);
   _initialised = result.isOk();
   return result;
 }
@@ -71,10 +74,33 @@ boost::shared_ptr<BaseAttribute> BaseProcessor::findAttribute(const std::string&
 }
 
 boost::shared_ptr<BaseAttribute> BaseProcessor::findMissingInput() const {
+  // What goes in and out may be created, too.
   for (const auto& attribute : _attributes)
-    if (attribute->isInput() && !attribute->isOptional() && !attribute->isSet() && !attribute->hasDefault())
+    if (attribute->isInput() && !attribute->isOptional() && !attribute->isSet() && !attribute->hasDefault() &&
+        !findInitializer(*attribute))
       return attribute;
   return nullptr;
+}
+
+boost::shared_ptr<BaseOutputInitializer> BaseProcessor::findInitializer(
+    const BaseAttribute& attribute) const {
+  const auto found = _outputInitializers.find(attribute.getName());
+  return found == _outputInitializers.end() ? nullptr : found->second;
+}
+
+void BaseProcessor::requestOutput(const BaseAttribute& output) {
+  if (!findInitializer(output))
+    fail(VEXO_HERE, eProcessorMessage::NoInitializer, getObjectName(), output.getName());
+  _requested.push_back(&output);
+}
+
+bool BaseProcessor::isRequested(const BaseAttribute& attribute) const {
+  return std::find(_requested.begin(), _requested.end(), &attribute) != _requested.end();
+}
+
+void BaseProcessor::raiseFailure(const boost::source_location& where, const std::string& why) const {
+  getClassInfo().raise(where, formatMessage(eProcessorMessage::RuleFailed, getObjectName(), why));
+  std::abort();  // it has thrown
 }
 
 void BaseProcessor::checkNotRunning() const {
@@ -98,8 +124,7 @@ void BaseProcessor::checkNow() {
     fail(VEXO_HERE, eProcessorMessage::MissingInput, getObjectName(), missing->getName());
   if (_rulePolicy == eProcessorRulePolicy::WithoutRules) return;
   checkOverlaps();
-  if (const BoolResult held = _rule->check(); !held)
-    fail(VEXO_HERE, eProcessorMessage::RuleFailed, getObjectName(), held.getMessage());
+  if (const BoolResult held = _rule->check(); !held) raiseFailure(VEXO_HERE, held.getMessage());
 }
 
 void BaseProcessor::checkOverlaps() const {
@@ -127,10 +152,7 @@ ChoiceColl BaseProcessor::explain() const {
 ImageOutputInitializer::Description BaseProcessor::describeOutput(const BaseImageAttribute& output) const {
   if (const auto image = output.getImage(); image && !isCreated(output))
     return {image->getGeometry(), image->getBufferType()};
-  const auto found = _outputInitializers.find(output.getName());
-  const auto* initializer = found == _outputInitializers.end()
-                                ? nullptr
-                                : dynamic_cast<const ImageOutputInitializer*>(found->second.get());
+  const auto initializer = boost::dynamic_pointer_cast<const ImageOutputInitializer>(findInitializer(output));
   if (!initializer) fail(VEXO_HERE, eProcessorMessage::NoInitializer, getObjectName(), output.getName());
   return initializer->describe();
 }
@@ -154,11 +176,12 @@ bool BaseProcessor::isCreated(const BaseAttribute& attribute) const {
 
 void BaseProcessor::createMissingOutputs() {
   for (const auto& attribute : _attributes) {
-    if (attribute->isInput() || attribute->isOptional() || attribute->isSet()) continue;
-    const auto initializer = _outputInitializers.find(attribute->getName());
+    if (!attribute->isOutput() || attribute->isSet()) continue;
+    if (attribute->isOptional() && !isRequested(*attribute)) continue;
+    const auto initializer = findInitializer(*attribute);
     // Outputs that are no image, and work images, may be set by the run itself.
-    if (initializer == _outputInitializers.end()) continue;
-    initializer->second->initOutputAttribute();
+    if (!initializer) continue;
+    initializer->initOutputAttribute();
     const auto holder = boost::dynamic_pointer_cast<const BaseImageAttribute>(attribute);
     _createdOutputs.emplace_back(attribute, holder ? holder->getImage() : nullptr);
   }
@@ -187,8 +210,7 @@ void BaseProcessor::execute(const core::RunShare& share) {
   });
   try {
     createMissingOutputs();
-    if (const BoolResult ready = preProcess(); !ready)
-      fail(VEXO_HERE, eProcessorMessage::ProviderFailed, getObjectName(), ready.getMessage());
+    if (const BoolResult ready = preProcess(); !ready) raiseFailure(VEXO_HERE, ready.getMessage());
     process(share);
   } catch (...) {
     // Half a result is no result.
@@ -214,7 +236,9 @@ BoolResult BaseProcessor::copy(const BaseDynamicObject& other) {
 BoolResult BaseProcessor::copyValues(const BaseProcessor& other) {
   _choicesAreOfNow = false;
   _createdOutputs.clear();
+  _requested.clear();
   for (std::size_t i = 0; i < _attributes.size(); ++i) {
+    if (other.isRequested(*other._attributes[i])) _requested.push_back(_attributes[i].get());
     if (const BoolResult copied = _attributes[i]->copyValue(*other._attributes[i]); !copied) return copied;
     // A result stays a result: the copy will create its own rather than write over the original's.
     for (const auto& [created, image] : other._createdOutputs)
@@ -270,72 +294,10 @@ void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor) {
   }
 }
 
-namespace {
-
-class SingleActionProvider final : public core::BaseActionProvider {
-public:
-  explicit SingleActionProvider(boost::shared_ptr<BaseProcessor> processor)
-      : _processor(std::move(processor)) {}
-  std::size_t prepare() override { return 1; }
-  void runPiece(std::size_t, const core::RunShare& share) override { _processor->runNested(share); }
-
-private:
-  boost::shared_ptr<BaseProcessor> _processor;
-};
-
-/// Runs what a retrieve function gives; `retrieve` answers a BoolResult and fills the provider.
-template <class Retrieve>
-void runProvider(const BaseProcessor& processor, const core::RunShare& share, const Retrieve& retrieve) {
-  share.state.throwIfStopped();
-  boost::shared_ptr<core::BaseActionProvider> provider;
-  if (const BoolResult result = retrieve(share.state.getPriority(), provider); !result)
-    fail(VEXO_HERE, eProcessorMessage::ProviderFailed, processor.getObjectName(), result.getMessage());
-  if (provider)
-    core::ActionRunner::getInstance().run(*provider, share);
-  else
-    share.done();
-}
-
-}  // namespace
-
-boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(
-    boost::shared_ptr<BaseProcessor> processor) {
-  return boost::make_shared<SingleActionProvider>(std::move(processor));
-}
-
-void BaseAsync1Processor::process(const core::RunShare& share) {
-  runProvider(*this, share,
-              [this](const auto& priority, auto& provider) { return retrieveProvider(priority, provider); });
-}
-
-void BaseAsync2Processor::process(const core::RunShare& share) {
-  runProvider(*this, share.part(2), [this](const auto& priority, auto& provider) {
-    return retrieveFirstProvider(priority, provider);
-  });
-  runProvider(*this, share.part(2), [this](const auto& priority, auto& provider) {
-    return retrieveSecondProvider(priority, provider);
-  });
-}
-
-void BaseAsync3Processor::process(const core::RunShare& share) {
-  runProvider(*this, share.part(3), [this](const auto& priority, auto& provider) {
-    return retrieveFirstProvider(priority, provider);
-  });
-  runProvider(*this, share.part(3), [this](const auto& priority, auto& provider) {
-    return retrieveSecondProvider(priority, provider);
-  });
-  runProvider(*this, share.part(3), [this](const auto& priority, auto& provider) {
-    return retrieveThirdProvider(priority, provider);
-  });
-}
-
-void BaseRepeatedAsync1Processor::process(const core::RunShare& share) {
-  const std::size_t count = getRepetitionCount();
-  if (count == 0) return share.done();
-  for (std::size_t i = 0; i < count; ++i)
-    runProvider(*this, share.part(count), [this, i](const auto& priority, auto& provider) {
-      return retrieveProvider(priority, i, provider);
-    });
+void awaitRun(BaseProcessor* processor) {
+  if (!processor) raiseError(VEXO_HERE, "VEXOProcessing", "getAsyncProcessorOutput: the processor is null");
+  processor->wait();
+  processor->rethrowFailure();
 }
 
 }  // namespace vexo::processor

@@ -21,44 +21,74 @@ boost::shared_ptr<P> prepareChild(const BaseProcessor& parent) {
   return prepareCall<P, As...>(parent.getStorage<As>()...);
 }
 
-/// The call forms that every filter has: P is its first level, Out its output, In its parameters in the order
-/// of the arguments.
-template <class P, class Out, class... In>
-struct CallForms {
-  using Output = typename Out::StorageType;
-
-  /// Runs; returns a new output, or fills the caller's. Throws on any failure.
-  static Output run(const typename In::StorageType&... values) {
-    const auto processor = prepareCall<P, In...>(values...);
-    executeSyncRun(processor);
-    return processor->template getStorage<Out>();
+/// Several outputs of a filter: the members of the structure Result, in their order. Optional ones are
+/// requested when the caller gives none.
+template <class Result, class... Outs>
+struct Outputs {
+  using Type = Result;
+  template <class P>
+  static void request(P& processor) {
+    (requestOptional(processor, *processor.template accessAttribute<Outs>()), ...);
   }
-  static void fill(const typename In::StorageType&... values, const Output& output) {
-    executeSyncRun(prepareCall<P, In..., Out>(values..., output));
+  template <class P>
+  static Result read(const P& processor) {
+    return {processor.template getStorage<Outs>()...};
+  }
+
+private:
+  static void requestOptional(BaseProcessor& processor, const BaseAttribute& output) {
+    if (output.isOptional() && !output.isInput()) processor.requestOutput(output);
+  }
+};
+
+/// The call forms that every filter has: P is its first level, Out its output, In its parameters in the order
+/// of the arguments. With Outputs in place of Out the filter returns a structure, and fills several images.
+template <class P, class Out, class... In>
+struct CallForms;
+
+template <class P, class Result, class... Outs, class... In>
+struct CallForms<P, Outputs<Result, Outs...>, In...> {
+  using Output = Result;
+
+  /// Runs; returns new outputs, or fills the caller's. Throws on any failure.
+  static Output run(const typename In::StorageType&... values) {
+    const auto processor = prepare(values...);
+    executeSyncRun(processor);
+    return Outputs<Result, Outs...>::read(*processor);
+  }
+  static void fill(const typename In::StorageType&... values, const typename Outs::StorageType&... outputs) {
+    executeSyncRun(prepareCall<P, In..., Outs...>(values..., outputs...));
   }
 
   /// The same in the background. Throws only when a value is refused; a failure of the run is kept by the
   /// processor.
   static boost::shared_ptr<P> start(const typename In::StorageType&... values) {
-    return launch(prepareCall<P, In...>(values...));
+    return launch(prepare(values...));
   }
-  static boost::shared_ptr<P> startFill(const typename In::StorageType&... values, const Output& output) {
-    return launch(prepareCall<P, In..., Out>(values..., output));
+  static boost::shared_ptr<P> startFill(const typename In::StorageType&... values,
+                                        const typename Outs::StorageType&... outputs) {
+    return launch(prepareCall<P, In..., Outs...>(values..., outputs...));
   }
 
-  /// Waits for a run in the background and reads its output; throws the failure of the run when it failed.
+  /// Waits for a run in the background and reads its outputs; throws the failure of the run when it failed.
   static Output await(const boost::shared_ptr<P>& processor) {
-    if (!processor) raiseError(VEXO_HERE, "VEXOProcessing", "getAsyncProcessorOutput: the processor is null");
-    processor->wait();
-    processor->rethrowFailure();
-    return processor->template getStorage<Out>();
+    awaitRun(processor.get());
+    return Outputs<Result, Outs...>::read(*processor);
   }
 
 private:
+  static boost::shared_ptr<P> prepare(const typename In::StorageType&... values) {
+    const auto processor = prepareCall<P, In...>(values...);
+    Outputs<Result, Outs...>::request(*processor);
+    return processor;
+  }
   static boost::shared_ptr<P> launch(const boost::shared_ptr<P>& processor) {
     processor->run(core::eSynchroType::Asynchronous);
     return processor;
   }
 };
+
+template <class P, class Out, class... In>
+struct CallForms : CallForms<P, Outputs<typename Out::StorageType, Out>, In...> {};
 
 }  // namespace vexo::processor

@@ -13,11 +13,17 @@ public:
 protected:
   explicit BaseProcessorDispatcher(const ProcessorClassInfo& processorClass) : _class(processorClass) {}
   /// Throws when a split serves another class of processor.
-  void setSplits(std::vector<boost::shared_ptr<BaseSplit>> splits);
+  template <class Split>
+  void setSplits(const std::vector<boost::shared_ptr<Split>>& splits) {
+    _splits.assign(splits.begin(), splits.end());
+    checkSplits();
+  }
 
   const ProcessorClassInfo& _class;
 
 private:
+  void checkSplits() const;
+
   std::vector<boost::shared_ptr<BaseSplit>> _splits;
 };
 

@@ -7,14 +7,24 @@
 #include <string>
 
 #include "VEXOProcessing/Attribute.h"
+#include "VEXOProcessing/ProcessingMessages.h"
 
 namespace vexo::processor {
 
-/// Creates a mandatory output that the caller did not give.
+/// Raises a text as the exception of a module, on its logger.
+using ModuleRaise = void (*)(const boost::source_location& where, std::string text);
+
+/// Creates an output that the caller did not give: a mandatory one, or an optional one that was requested; or
+/// what goes in and out.
 class VEXO_API BaseOutputInitializer {
 public:
   virtual ~BaseOutputInitializer();
   virtual void initOutputAttribute() = 0;
+  /// Whose exception a refusal is.
+  void setRaise(ModuleRaise raise) { _raise = raise; }
+
+protected:
+  ModuleRaise _raise = ProcessingModule::raise;
 };
 
 using OutputInitializerColl = std::map<std::string, boost::shared_ptr<BaseOutputInitializer>>;

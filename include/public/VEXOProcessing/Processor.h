@@ -35,8 +35,10 @@ struct ProcessorClassInfo {
   std::uint32_t version;
   ProcessorDispatchPolicy dispatchPolicy;
   AttributeColl (*createAttributes)();
+  AttributeColl sample;  ///< attributes as they are made, to be looked at
   BaseProcessor* (*createNew)();
   boost::shared_ptr<BaseProcessor> (*createShared)();
+  ModuleRaise raise;
 };
 
 /// The child that a processor runs to do its work, by class name without namespace, and what speaks for it.
@@ -93,6 +95,12 @@ public:
   typename A::StorageType getStorage() const {
     return static_cast<const A&>(*accessOfClass(typeid(A), A::info())).getStorage();
   }
+  /// Asks for an optional output that its initializer can create: each run that is not given one makes it.
+  template <class A>
+  void request() {
+    requestOutput(*accessAttribute<A>());
+  }
+  void requestOutput(const BaseAttribute& output);
   /// The attribute itself, for rules, initializers and splits; a value given through it is not checked
   /// against a run in progress.
   template <class A>
@@ -125,6 +133,9 @@ public:
   /// UnHandleException; either way the object stays as it was.
   virtual void write(BaseOArchive& archive) const;
   virtual BoolResult read(BaseIArchive& archive);
+
+  /// Fails the run for a reason of the filter's own, as the exception of its module.
+  [[noreturn]] void raiseFailure(const boost::source_location& where, const std::string& why) const;
 
   /// Runs as a part of another run, in its threads.
   void runNested(const core::RunShare& share) { execute(share); }
@@ -161,6 +172,8 @@ private:
   void noteNewValue(const BaseAttribute& attribute);
   BoolResult copyValues(const BaseProcessor& other);
   bool isCreated(const BaseAttribute& attribute) const;
+  bool isRequested(const BaseAttribute& attribute) const;
+  boost::shared_ptr<BaseOutputInitializer> findInitializer(const BaseAttribute& attribute) const;
   void createMissingOutputs();
   void dropCreatedOutputs();
   void releaseWorkImages();
@@ -174,52 +187,16 @@ private:
   /// Outputs that the last run created, not the caller, with what it created.
   std::vector<std::pair<boost::shared_ptr<BaseAttribute>, boost::shared_ptr<const image::BaseImage>>>
       _createdOutputs;
-  ChoiceColl _choices;            ///< of the last run
-  bool _choicesAreOfNow = false;  ///< whether that run had the present attributes
-  AttributeColl _emptyWork;       ///< work images that were not set when the run began
+  std::vector<const BaseAttribute*> _requested;  ///< optional outputs
+  ChoiceColl _choices;                           ///< of the last run
+  bool _choicesAreOfNow = false;                 ///< whether that run had the present attributes
+  AttributeColl _emptyWork;                      ///< work images that were not set when the run began
 };
 
 /// Runs and waits; throws whatever made the run fail.
 VEXO_API void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor);
 
-/// A processor as the single action of a provider.
-VEXO_API boost::shared_ptr<core::BaseActionProvider> makeSingleActionProvider(
-    boost::shared_ptr<BaseProcessor> processor);
-
-/// Processors that delegate to one provider, or to two or three that run one after the other. A provider that
-/// stays null has nothing to do.
-class VEXO_API BaseAsync1Processor : public BaseProcessor {
-protected:
-  virtual BoolResult retrieveProvider(const core::BasePriority& priority,
-                                      boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
-  void process(const core::RunShare& share) override;
-};
-
-class VEXO_API BaseAsync2Processor : public BaseProcessor {
-protected:
-  virtual BoolResult retrieveFirstProvider(const core::BasePriority& priority,
-                                           boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
-  virtual BoolResult retrieveSecondProvider(const core::BasePriority& priority,
-                                            boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
-  void process(const core::RunShare& share) override;
-};
-
-class VEXO_API BaseAsync3Processor : public BaseAsync2Processor {
-protected:
-  virtual BoolResult retrieveThirdProvider(const core::BasePriority& priority,
-                                           boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
-  void process(const core::RunShare& share) override;
-};
-
-/// A processor whose provider is retrieved again for each repetition, which may look at what the ones before
-/// have done.
-class VEXO_API BaseRepeatedAsync1Processor : public BaseProcessor {
-protected:
-  /// Asked when the run starts.
-  virtual std::size_t getRepetitionCount() const = 0;
-  virtual BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t repetitionIndex,
-                                      boost::shared_ptr<core::BaseActionProvider>& provider) = 0;
-  void process(const core::RunShare& share) override;
-};
+/// Waits for a run in the background; throws the failure of the run when it failed.
+VEXO_API void awaitRun(BaseProcessor* processor);
 
 }  // namespace vexo::processor

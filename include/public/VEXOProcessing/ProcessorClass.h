@@ -2,9 +2,16 @@
 
 #include <boost/make_shared.hpp>
 
-#include "VEXOProcessing/Processor.h"
+#include "VEXOProcessing/Steps.h"
 
 namespace vexo::processor {
+
+/// How the module of a message enumeration raises; the frame does it for those that belong to none.
+template <class Enum, class = void>
+inline constexpr ModuleRaise raiseOf = ProcessingModule::raise;
+template <class Enum>
+inline constexpr ModuleRaise raiseOf<Enum, std::void_t<typename MessageMap<Enum>::Module>> =
+    MessageMap<Enum>::Module::raise;
 
 /// Supplies the members that every processor class has. Derived states what only it can know:
 ///
@@ -55,8 +62,10 @@ public:
                                                       Derived::version,
                                                       Derived::getDefaultDispatchPolicy(),
                                                       Derived::Attributes::create,
+                                                      Derived::Attributes::create(),
                                                       [] { return static_cast<BaseProcessor*>(new Derived); },
-                                                      createBaseProcessor};
+                                                      createBaseProcessor,
+                                                      raiseOf<std::decay_t<decltype(Derived::toolTipId)>>};
     return info;
   }
   const ProcessorClassInfo& getClassInfo() const override { return classInfo(); }

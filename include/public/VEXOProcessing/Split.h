@@ -16,6 +16,8 @@ public:
   virtual ~BaseSplit();
   /// False with a message when the processor is not of the class that the split serves.
   virtual BoolResult checkProcessorType(const BaseProcessor& processor) const = 0;
+  /// True when the split was made from the class itself, so that there is nothing to check.
+  virtual bool isMadeFor(const ProcessorClassInfo&) const { return false; }
   virtual const std::string& getAttributeName() const = 0;
   virtual const char* getAttributeToolTip() const = 0;
   /// Sets the attribute of one run to the value of that piece.

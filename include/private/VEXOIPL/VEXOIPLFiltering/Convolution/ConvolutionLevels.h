@@ -78,7 +78,7 @@ private:
     if (!core::isGpuSupportActivated() || !this->template getStorage<Sub>()->isGpuImage()) return false;
     const LevelImages images(*this);
     if (!images.outputs.front()->isGpuImage())
-      raiseError(VEXO_HERE, "VEXOProcessing", "OutImg: an image on the GPU is needed");
+      this->raiseFailure(VEXO_HERE, "OutImg: an image on the GPU is needed");
     provider = dispatchSubImages<GpuNext, eSubImageSplitType::Volume3d>(priority, self(), images);
     return true;
   }

@@ -13,8 +13,9 @@ constexpr std::uint64_t maxBoxPoints = std::uint64_t(1) << 20;
 
 inline void checkBoxPoints(std::uint64_t points) {
   if (points > maxBoxPoints)
-    raiseError(VEXO_HERE, "VEXOIPLFiltering", "a window of ", points,
-               " samples is too large for the GPU; the most is ", maxBoxPoints);
+    FilteringModule::raise(
+        VEXO_HERE, joinValues({"a window of ", points, " samples is too large for the GPU; the most is ",
+                               maxBoxPoints}));
 }
 
 /// Ones at every offset of the window, row by row.

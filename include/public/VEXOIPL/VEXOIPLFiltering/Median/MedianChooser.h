@@ -5,7 +5,7 @@
 
 #include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
 #include "VEXOProcessing/Attributes.h"
-#include "VEXOProcessing/Processor.h"
+#include "VEXOProcessing/Steps.h"
 
 namespace vexo::imaproc::filter {
 

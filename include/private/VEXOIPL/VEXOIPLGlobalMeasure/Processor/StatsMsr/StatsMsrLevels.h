@@ -26,7 +26,7 @@ class StatsMsr2dLvl3;
 /// The statistics that sums stand for.
 VEXO_API void fillResult(const StatsMsrSums& sums, attr::StatsResult& result);
 /// Those of sums that were taken apart, in their order.
-StatsMsrSums addUp(const std::vector<boost::shared_ptr<StatsMsrSums>>& parts);
+VEXO_API StatsMsrSums addUp(const std::vector<boost::shared_ptr<StatsMsrSums>>& parts);
 
 /// What level 3 does whatever the cut of the strips.
 template <class Derived, class In>
