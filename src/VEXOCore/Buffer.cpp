@@ -34,12 +34,10 @@ void* mapLarge(std::size_t size) {
   const std::size_t reserve = checkedAdd(size, hugePage, "the size of a memory block");
   void* raw = mmap(nullptr, reserve, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (raw == MAP_FAILED) return nullptr;
-  const auto begin = reinterpret_cast<std::uintptr_t>(raw);
-  const std::uintptr_t aligned = (begin + hugePage - 1) / hugePage * hugePage;
-  if (aligned != begin) munmap(raw, aligned - begin);
-  if (const std::size_t tail = begin + reserve - (aligned + size))
-    munmap(reinterpret_cast<void*>(aligned + size), tail);
-  void* data = reinterpret_cast<void*>(aligned);
+  const std::size_t head = -reinterpret_cast<std::uintptr_t>(raw) % hugePage;
+  if (head != 0) munmap(raw, head);
+  char* const data = static_cast<char*>(raw) + head;
+  if (const std::size_t tail = reserve - head - size) munmap(data + size, tail);
   madvise(data, size, MADV_HUGEPAGE);
   return data;
 }

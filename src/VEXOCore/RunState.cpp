@@ -1,6 +1,7 @@
 #include "VEXOCore/RunState.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "VEXOCore/Log.h"
 
@@ -8,7 +9,7 @@ namespace vexo::core {
 
 void RunState::fail(std::exception_ptr failure) {
   std::unique_lock<std::mutex> lock(_mutex);
-  if (!_failure) _failure = failure;
+  if (!_failure) _failure = std::move(failure);
   _failed = true;
 }
 

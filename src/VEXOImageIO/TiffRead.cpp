@@ -297,7 +297,7 @@ void TiffReader::dividePages() {
   g.y = _first.height;
   _order.z = _pages.size();
   // So a file says that its one page stands for all.
-  if (_description.rfind("{", 0) == 0 && _description.find("\"truncated\": true") != std::string::npos)
+  if (_description.rfind('{', 0) == 0 && _description.find("\"truncated\": true") != std::string::npos)
     raiseFileError(VEXO_HERE, _file,
                    "it states one page for all planes ('truncated'): save a page for each of them");
   if (auto label = readImageJLabel(_description))

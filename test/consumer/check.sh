@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check.sh <build folder>: installs the build, moves the installed tree, and builds and runs a user's project against
-# it, once through the CMake package and once through pkg-config.
+# check.sh <build folder> [<program>...]: installs the build, moves the installed tree, and builds and runs a user's
+# project against it, once through the CMake package and once through pkg-config; the installed programs run, too.
 set -euo pipefail
 build=$(cd "$1" && pwd)
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -20,7 +20,7 @@ export PKG_CONFIG_PATH
 g++ -std=c++17 "$here/main.cpp" -o "$work/plain" $(pkg-config --cflags --libs vexo)
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir vexo) "$work/plain"
 
-"$work/moved/bin/vexo" --version
+for program in "${@:2}"; do "$work/moved/bin/$program" --version; done
 if grep -rl "$build" "$work/moved" --include='*.cmake' --include='*.pc' --include='*.h'; then
   echo "the installed files above name the build folder"
   exit 1

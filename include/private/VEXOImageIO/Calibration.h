@@ -23,8 +23,8 @@ double getSeconds(const std::string& unit);
 /// A size in another unit; 0 when one of them is unknown, unless they are the same.
 double convertSize(double size, const std::string& from, const std::string& to);
 
-/// The size of a pixel from the pixels per unit, of which files and libtiff keep six or seven digits: the short
-/// decimal number that gives these digits, where there is one.
+/// The size of a pixel from the pixels per unit, of which files and libtiff keep six or seven digits: the
+/// short decimal number that gives these digits, where there is one.
 double toPixelSize(float pixelsPerUnit);
 /// The value as a fraction of small numbers, exact to 12 digits where 32 bits allow it; none when they are
 /// too few.
