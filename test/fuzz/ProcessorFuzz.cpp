@@ -40,8 +40,9 @@ void checkCall(Bytes& bytes) {
     forceInstructionSets(sets);
     const std::size_t threads = bytes.oneIn(2) ? 3 : 1;
     const bool hasGaps = bytes.oneIn(2);
-    requireSame(call.run(hasGaps ? gaps : dense, threads),
-                std::to_string(threads) + " of " + core::toString(sets) + (hasGaps ? " with gaps" : ""));
+    requireSame(
+        call.run(hasGaps ? gaps : dense, threads),
+        std::to_string(threads) + " of " + core::toString(sets.getSets()) + (hasGaps ? " with gaps" : ""));
   }
   forceInstructionSets(offeredSets()[bytes.below(offeredSets().size())]);
   for (const std::size_t place : call.findPlaces(reference))

@@ -3,13 +3,13 @@
 #include <cmath>
 #include <functional>
 
-#include "Calls.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/Bilateral2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral2dImg/BilateralTables.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Bilateral3dImg/Bilateral3dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/MedianReference.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral2dImg/SeparatedBilateral2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/SeparatedBilateral3dImg/SeparatedBilateral3dImgLvl1.h"
+#include "tools/Calls.h"
 
 namespace vexo::imaproc::filter {
 namespace {

@@ -4,8 +4,8 @@
 #include <functional>
 #include <limits>
 
-#include "Calls.h"
 #include "VEXOIPL/VEXOIPLFiltering/TestImages.h"
+#include "tools/Calls.h"
 
 namespace vexo::imaproc::filter {
 namespace {

@@ -2,12 +2,12 @@
 // 3d.
 #include <functional>
 
-#include "Calls.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/HistoMedian3dImg/HistoMedian3dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/HistoO1Median2dImg/HistoO1Median2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/HistoO1MedianXStrip2dImg/HistoO1MedianXStrip2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/HistoOkMedian2dImg/HistoOkMedian2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/MedianReference.h"
+#include "tools/Calls.h"
 
 namespace vexo::imaproc::filter {
 namespace {

@@ -2,10 +2,10 @@
 // that do not know the choice.
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Median2dImg/Median2dImgLvl1.h"
 
-#include "Calls.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/K33Median2dImg/MedianReference.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Median3dImg/Median3dImgLvl1.h"
 #include "VEXOProcessing/Call.h"
+#include "tools/Calls.h"
 
 namespace vexo::imaproc::filter {
 namespace {

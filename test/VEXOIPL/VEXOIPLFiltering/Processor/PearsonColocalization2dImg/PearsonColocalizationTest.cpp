@@ -1,10 +1,10 @@
 #include <cmath>
 #include <functional>
 
-#include "Calls.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/PearsonColocalization2dImg/PearsonColocalization2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/PearsonColocalization3dImg/PearsonColocalization3dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/TestImages.h"
+#include "tools/Calls.h"
 
 namespace vexo::imaproc::filter {
 namespace {
