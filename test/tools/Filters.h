@@ -96,9 +96,12 @@ inline void giveValues(const processor::BaseProcessor& filter, std::size_t choic
 inline void giveImages(const processor::BaseProcessor& filter, const ImageGeometry& g,
                        eImageBufferType type) {
   unsigned seed = 0;
+  // An 8-bit mask is signed or not.
+  const auto maskType = type == eImageBufferType::Int8 ? type : eImageBufferType::UInt8;
   for (const auto& input : imageInputs(filter))
-    input->setImage(isMask(input->getName()) ? rangeImage(g, eImageBufferType::UInt8, 0, 2, ++seed)
-                                             : randomImage(g, type, ++seed));
+    input->setImage(isMask(input->getName())
+                        ? rangeImage(g, maskType, maskType == eImageBufferType::Int8 ? -1 : 0, 2, ++seed)
+                        : randomImage(g, type, ++seed));
 }
 /// A filter with a value for each input that a run must have.
 inline FilterPtr makeFilter(const std::string& name, const ImageGeometry& g, eImageBufferType type,

@@ -157,16 +157,14 @@ inline std::string findDifference(const Image& a, const Image& b) {
   return found;
 }
 
-/// Folds an index into [0, n) one period after the other; -1 for the constant.
+/// The index that stands for one outside [0, size); -1 for the constant.
 inline std::ptrdiff_t foldIndex(image::eBorder border, std::ptrdiff_t i, std::size_t size) {
   const auto n = static_cast<std::ptrdiff_t>(size);
-  while (i < 0 || i >= n) {
-    if (border == image::eBorder::Constant) return -1;
-    if (border == image::eBorder::Replicate) i += i < 0 ? 1 : -1;
-    if (border == image::eBorder::Circular) i += i < 0 ? n : -n;
-    if (border == image::eBorder::Mirror) i = (i < 0 ? 0 : 2 * n) - 1 - i;
-  }
-  return i;
+  const auto within = [&](std::ptrdiff_t period) { return (i % period + period) % period; };
+  if (border == image::eBorder::Constant) return i < 0 || i >= n ? -1 : i;
+  if (border == image::eBorder::Replicate) return std::clamp<std::ptrdiff_t>(i, 0, n - 1);
+  if (border == image::eBorder::Circular) return within(n);
+  return std::min(within(2 * n), 2 * n - 1 - within(2 * n));
 }
 /// The sample at a position that may lie outside the image.
 inline double getBorderSample(const Image& image, const image::BorderPolicy& border, std::ptrdiff_t x,
