@@ -96,13 +96,6 @@ private:
   std::vector<Placed> _placed;
 };
 
-/// Inputs as they are, outputs as copies.
-class Dense final : public Placement {
-public:
-  ImagePtr placeInput(const Image& image) override { return copyOf(image); }
-  ImagePtr placeOutput(const Image& image) override { return copyOf(image); }
-};
-
 void checkCall(Bytes& bytes) {
   const RandomCall call(bytes);
   forceInstructionSets(offeredSets()[bytes.below(offeredSets().size())]);

@@ -212,6 +212,13 @@ public:
   virtual ImagePtr placeOutput(const Image& image) = 0;
 };
 
+/// Without gaps.
+class Dense final : public Placement {
+public:
+  ImagePtr placeInput(const Image& image) override { return copyOf(image); }
+  ImagePtr placeOutput(const Image& image) override { return copyOf(image); }
+};
+
 class RandomCall {
 public:
   explicit RandomCall(Bytes& bytes) {

@@ -142,17 +142,17 @@ inline std::string findDifference(const Image& a, const Image& b) {
            toString(b.getGeometry()) + " of " + toString(b.getBufferType());
   std::string found;
   const std::size_t size = getSampleSize(a.getBufferType());
-  forEachSample(a.getGeometry(), [&](auto x, auto... at) {
-    if (x > 0 || !found.empty()) return;  // row by row
+  ImageGeometry rows = a.getGeometry();
+  rows.x = 1;
+  forEachSample(rows, [&](auto, auto... at) {
     const auto* one = a.getRow<const unsigned char>(at...);
     const auto* other = b.getRow<const unsigned char>(at...);
-    if (std::memcmp(one, other, a.getSizeX() * size) == 0) return;
-    std::size_t column = 0;
-    while (std::memcmp(one + column * size, other + column * size, size) == 0) ++column;
-    found = "x " + std::to_string(column) + ", y z c t";
+    if (!found.empty() || std::memcmp(one, other, a.getSizeX() * size) == 0) return;
+    std::size_t x = 0;
+    while (std::memcmp(one + x * size, other + x * size, size) == 0) ++x;
+    found = "x " + std::to_string(x) + ", y z c t";
     for (const std::size_t position : {at...}) found += " " + std::to_string(position);
-    found += ": " + std::to_string(getSample(a, column, at...)) + " and " +
-             std::to_string(getSample(b, column, at...));
+    found += ": " + std::to_string(getSample(a, x, at...)) + " and " + std::to_string(getSample(b, x, at...));
   });
   return found;
 }
