@@ -65,10 +65,16 @@ image::StripMargins kernelMargins(const KernelXYZ& kernel) {
   return margins;
 }
 
-StripCutter::StripCutter(boost::shared_ptr<const image::BaseImage> image,
-                         image::eStripParsingDirection direction, image::eStripAllocationType allocation,
-                         const image::StripMargins& margins, const std::string& attributeName)
-    : _image(std::move(image)), _direction(direction), _allocation(allocation), _margins(margins) {
+StripCutter::StripCutter(const image::ConstImagePtr& image, image::eStripParsingDirection direction,
+                         image::eStripAllocationType allocation, const image::StripMargins& margins,
+                         const std::string& attributeName)
+    : _image(image), _direction(direction), _allocation(allocation), _margins(margins) {
+  image::hostImage(_image, attributeName.c_str());
+}
+
+StripCutter::StripCutter(const image::ImagePtr& image, image::eStripParsingDirection direction,
+                         image::eStripAllocationType allocation, const std::string& attributeName)
+    : _image(image), _target(image), _direction(direction), _allocation(allocation) {
   image::hostImage(_image, attributeName.c_str());
 }
 
@@ -79,9 +85,9 @@ StripCutter::Extent StripCutter::getExtent() const {
           std::max(_margins.before[axis], _margins.after[axis])};
 }
 
-void StripCutter::prepareToRead(const image::StripBounds& bounds) {
+void StripCutter::prepare(const image::StripBounds& bounds) {
   _bounds = bounds;
-  if (_allocation != image::eStripAllocationType::OwnBuffer) return;
+  if (_target || _allocation != image::eStripAllocationType::OwnBuffer) return;
   const auto& host = image::hostImage(_image, "input strip");
   const auto axis = copiedAxis();
   const std::size_t size = axis == image::eStripParsingDirection::Y ? _image->getSizeY() : _image->getSizeZ();
@@ -94,10 +100,8 @@ boost::shared_ptr<const image::InputStrip> StripCutter::getInput(std::size_t i) 
                                                _copies);
 }
 
-// The handle that was given decides whether there are strips to write.
 boost::shared_ptr<image::OutputStrip> StripCutter::getOutput(std::size_t i) const {
-  return boost::make_shared<image::OutputStrip>(boost::const_pointer_cast<image::BaseImage>(_image),
-                                                _direction, _bounds[i], _bounds[i + 1], _allocation);
+  return boost::make_shared<image::OutputStrip>(_target, _direction, _bounds[i], _bounds[i + 1], _allocation);
 }
 
 /// Where strips read what is written: beyond the cut; or, for a kernel along Y or Z that runs within its

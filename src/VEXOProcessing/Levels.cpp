@@ -28,86 +28,54 @@ LevelImages::LevelImages(const BaseProcessor& level) {
 namespace detail {
 namespace {
 
-/// For the attribute of that place in the list of the next level; the lists are the same in all its objects.
+using SetPiece = std::function<void(BaseAttribute& attribute, std::size_t piece)>;
+
+/// Serves the attribute of that place in the list of the next level; the lists are the same in all its
+/// objects.
 template <class Base>
 class PlacedSplit : public Base {
 public:
-  PlacedSplit(const BaseAttribute& attribute, std::size_t place)
-      : _info(attribute.getInfo()), _place(place) {}
+  PlacedSplit(const BaseAttribute& attribute, std::size_t place, SetPiece set)
+      : _info(attribute.getInfo()), _place(place), _set(std::move(set)) {}
   BoolResult checkProcessorType(const BaseProcessor&) const override { return true; }
   bool isMadeFor(const processor::ProcessorClassInfo&) const override { return true; }
   const std::string& getAttributeName() const override { return _info.name; }
   const char* getAttributeToolTip() const override { return _info.toolTip; }
-
-protected:
-  BaseAttribute& attributeOf(const BaseProcessor& next) const { return *next.getAttributes()[_place]; }
+  void setPiece(BaseProcessor& next, std::size_t piece) const override {
+    _set(*next.getAttributes()[_place], piece);
+  }
 
 private:
   const processor::AttributeInfo& _info;
   std::size_t _place;
+  SetPiece _set;
 };
 
-class StaticValue final : public PlacedSplit<BaseStaticSplit> {
+class StaticSplit final : public PlacedSplit<BaseStaticSplit> {
 public:
-  StaticValue(const BaseAttribute& attribute, std::size_t place, boost::shared_ptr<const BaseAttribute> value)
-      : PlacedSplit(attribute, place), _value(std::move(value)) {}
-  std::optional<std::size_t> getPieceCount() const override { return std::nullopt; }
-  void setPiece(BaseProcessor& next, std::size_t) const override { attributeOf(next).copyValue(*_value); }
+  StaticSplit(const BaseAttribute& attribute, std::size_t place, SetPiece set,
+              std::optional<std::size_t> pieceCount = {})
+      : PlacedSplit(attribute, place, std::move(set)), _pieceCount(pieceCount) {}
+  std::optional<std::size_t> getPieceCount() const override { return _pieceCount; }
 
 private:
-  boost::shared_ptr<const BaseAttribute> _value;
-};
-class DynamicValue final : public PlacedSplit<BaseDynamicSplit> {
-public:
-  DynamicValue(const BaseAttribute& attribute, std::size_t place,
-               boost::shared_ptr<const BaseAttribute> value)
-      : PlacedSplit(attribute, place), _value(std::move(value)) {}
-  void setPiece(BaseProcessor& next, std::size_t) const override { attributeOf(next).copyValue(*_value); }
-
-private:
-  boost::shared_ptr<const BaseAttribute> _value;
+  std::optional<std::size_t> _pieceCount;
 };
 
-class SubImages final : public PlacedSplit<BaseStaticSplit>, public BaseSubImageSplit {
+class DynamicSplit final : public PlacedSplit<BaseDynamicSplit> {
 public:
-  SubImages(const BaseAttribute& attribute, std::size_t place, const image::ConstImagePtr& image,
-            eSubImageSplitType type)
-      : PlacedSplit(attribute, place) {
-    initBase(type, image);
+  DynamicSplit(const BaseAttribute& attribute, std::size_t place, SetPiece set,
+               boost::shared_ptr<StripCutter> cutter = {})
+      : PlacedSplit(attribute, place, std::move(set)), _cutter(std::move(cutter)) {}
+  std::optional<Extent> getExtent() const override {
+    return _cutter ? std::optional<Extent>(_cutter->getExtent()) : std::nullopt;
   }
-  std::optional<std::size_t> getPieceCount() const override { return getSubImageCount(); }
-  void setPiece(BaseProcessor& next, std::size_t piece) const override {
-    // Inputs take the handle as one to read.
-    static_cast<BaseImageAttribute&>(attributeOf(next))
-        .setImage(boost::const_pointer_cast<image::BaseImage>(getSubImage(piece)));
-  }
-};
-
-class InputStrips final : public PlacedSplit<BaseDynamicSplit> {
-public:
-  InputStrips(const BaseAttribute& attribute, std::size_t place, StripCutter cutter)
-      : PlacedSplit(attribute, place), _cutter(std::move(cutter)) {}
-  std::optional<Extent> getExtent() const override { return _cutter.getExtent(); }
-  void prepare(const image::StripBounds& bounds) override { _cutter.prepareToRead(bounds); }
-  void setPiece(BaseProcessor& next, std::size_t piece) const override {
-    static_cast<BaseInputStripAttribute&>(attributeOf(next)).setStrip(_cutter.getInput(piece));
+  void prepare(const image::StripBounds& bounds) override {
+    if (_cutter) _cutter->prepare(bounds);
   }
 
 private:
-  StripCutter _cutter;
-};
-class OutputStrips final : public PlacedSplit<BaseDynamicSplit> {
-public:
-  OutputStrips(const BaseAttribute& attribute, std::size_t place, StripCutter cutter)
-      : PlacedSplit(attribute, place), _cutter(std::move(cutter)) {}
-  std::optional<Extent> getExtent() const override { return _cutter.getExtent(); }
-  void prepare(const image::StripBounds& bounds) override { _cutter.prepareToWrite(bounds); }
-  void setPiece(BaseProcessor& next, std::size_t piece) const override {
-    static_cast<BaseOutputStripAttribute&>(attributeOf(next)).setStrip(_cutter.getOutput(piece));
-  }
-
-private:
-  StripCutter _cutter;
+  boost::shared_ptr<StripCutter> _cutter;
 };
 
 /// The images in the order in which the attributes of the next level ask for them.
@@ -134,26 +102,27 @@ private:
   std::size_t _inputs = 0, _outputs = 0;
 };
 
-template <class Split, class Value, class MakeImageSplit>
-std::vector<boost::shared_ptr<Split>> makeSplits(const BaseProcessor& level, const NextLevel& next,
-                                                 const GivenParts& given, const MakeImageSplit& split) {
+SetPiece copyOf(boost::shared_ptr<const BaseAttribute> value) {
+  return [value = std::move(value)](BaseAttribute& attribute, std::size_t) { attribute.copyValue(*value); };
+}
+
+template <class Base, class Split, class MakeImageSplit>
+std::vector<boost::shared_ptr<Base>> makeSplits(const BaseProcessor& level, const NextLevel& next,
+                                                const GivenParts& given, const MakeImageSplit& split) {
   const processor::AttributeColl& attributes = next.info.sample;
-  std::vector<boost::shared_ptr<Split>> splits;
+  std::vector<boost::shared_ptr<Base>> splits;
   splits.reserve(attributes.size());
   for (std::size_t i = 0; i < attributes.size(); ++i) {
     const BaseAttribute& attribute = *attributes[i];
     const HandOver from = next.sources[i];
-    if (from.source == eSource::Image) {
+    if (from.source == eSource::Image)
       splits.push_back(split(attribute, i));
-    } else if (from.source == eSource::Value && attribute.isInput()) {
-      splits.push_back(boost::make_shared<Value>(attribute, i, level.getAttributes()[from.number]));
-    } else if (from.source == eSource::Given) {
-      const auto& part = given[from.number];
-      if (part.split)
-        splits.push_back(boost::dynamic_pointer_cast<Split>(part.split));
-      else
-        splits.push_back(boost::make_shared<Value>(attribute, i, part.value));
-    }
+    else if (from.source == eSource::Value && attribute.isInput())
+      splits.push_back(boost::make_shared<Split>(attribute, i, copyOf(level.getAttributes()[from.number])));
+    else if (from.source == eSource::Given && given[from.number].split)
+      splits.push_back(boost::dynamic_pointer_cast<Base>(given[from.number].split));
+    else if (from.source == eSource::Given)
+      splits.push_back(boost::make_shared<Split>(attribute, i, copyOf(given[from.number].value)));
   }
   return splits;
 }
@@ -165,12 +134,53 @@ core::ProviderPtr dispatchSubImages(const core::BasePriority& priority, const Ba
                                     const GivenParts& given) {
   ImageQueue queue(images);
   const auto split = [&](const BaseAttribute& attribute, std::size_t place) {
-    const image::ConstImagePtr image =
-        attribute.isOutput() ? queue.nextOutput(attribute) : queue.nextInput(attribute);
-    return boost::make_shared<SubImages>(attribute, place, image, type);
+    const auto parts = boost::make_shared<BaseSubImageSplit>();
+    parts->initBase(type, attribute.isOutput() ? queue.nextOutput(attribute) : queue.nextInput(attribute));
+    const auto set = [parts](BaseAttribute& holder, std::size_t piece) {
+      // Inputs take the handle as one to read.
+      static_cast<BaseImageAttribute&>(holder).setImage(
+          boost::const_pointer_cast<image::BaseImage>(parts->getSubImage(piece)));
+    };
+    return boost::make_shared<StaticSplit>(attribute, place, set, parts->getSubImageCount());
   };
   const auto dispatcher = boost::make_shared<processor::BaseStaticProcessorDispatcher>(next.info);
-  dispatcher->initBase(priority, makeSplits<BaseStaticSplit, StaticValue>(level, next, given, split));
+  dispatcher->initBase(priority, makeSplits<BaseStaticSplit, StaticSplit>(level, next, given, split));
+  return dispatcher;
+}
+
+core::ProviderPtr dispatchStrips(const core::BasePriority& priority, const BaseProcessor& level,
+                                 const NextLevel& next, const LevelImages& images,
+                                 image::eStripParsingDirection direction, const image::StripMargins& margins,
+                                 image::eStripAllocationType inPlace, const GivenParts& given) {
+  using image::eStripAllocationType;
+  const auto among = [](const auto& others, const image::BaseImage& image) {
+    return std::any_of(others.begin(), others.end(),
+                       [&](const auto& other) { return other && image::isSameBuffer(*other, image); });
+  };
+  ImageQueue queue(images);
+  const auto split = [&](const BaseAttribute& attribute, std::size_t place) {
+    boost::shared_ptr<StripCutter> cutter;
+    SetPiece set;
+    if (attribute.isOutput()) {
+      const auto image = queue.nextOutput(attribute);
+      const auto allocation = among(images.inputs, *image) ? inPlace : eStripAllocationType::View;
+      cutter = boost::make_shared<StripCutter>(image, direction, allocation, attribute.getName());
+      set = [cutter](BaseAttribute& holder, std::size_t piece) {
+        static_cast<BaseOutputStripAttribute&>(holder).setStrip(cutter->getOutput(piece));
+      };
+    } else {
+      const auto image = queue.nextInput(attribute);
+      const auto allocation =
+          among(images.outputs, *image) ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
+      cutter = boost::make_shared<StripCutter>(image, direction, allocation, margins, attribute.getName());
+      set = [cutter](BaseAttribute& holder, std::size_t piece) {
+        static_cast<BaseInputStripAttribute&>(holder).setStrip(cutter->getInput(piece));
+      };
+    }
+    return boost::make_shared<DynamicSplit>(attribute, place, set, cutter);
+  };
+  const auto dispatcher = boost::make_shared<processor::BaseDynamicProcessorDispatcher>(next.info);
+  dispatcher->initBase(priority, makeSplits<BaseDynamicSplit, DynamicSplit>(level, next, given, split));
   return dispatcher;
 }
 
@@ -198,35 +208,6 @@ boost::shared_ptr<BaseProcessor> makeChild(const BaseProcessor& level, const Nex
       attribute.copyValue(*given[from.number].value);
   }
   return child;
-}
-
-core::ProviderPtr dispatchStrips(const core::BasePriority& priority, const BaseProcessor& level,
-                                 const NextLevel& next, const LevelImages& images,
-                                 image::eStripParsingDirection direction, const image::StripMargins& margins,
-                                 image::eStripAllocationType inPlace, const GivenParts& given) {
-  using image::eStripAllocationType;
-  const auto among = [](const auto& others, const image::BaseImage& image) {
-    return std::any_of(others.begin(), others.end(),
-                       [&](const auto& other) { return other && image::isSameBuffer(*other, image); });
-  };
-  ImageQueue queue(images);
-  const auto split = [&](const BaseAttribute& attribute,
-                         std::size_t place) -> boost::shared_ptr<BaseDynamicSplit> {
-    if (attribute.isOutput()) {
-      const auto image = queue.nextOutput(attribute);
-      const auto allocation = among(images.inputs, *image) ? inPlace : eStripAllocationType::View;
-      return boost::make_shared<OutputStrips>(
-          attribute, place, StripCutter(image, direction, allocation, {}, attribute.getName()));
-    }
-    const auto image = queue.nextInput(attribute);
-    const auto allocation =
-        among(images.outputs, *image) ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
-    return boost::make_shared<InputStrips>(
-        attribute, place, StripCutter(image, direction, allocation, margins, attribute.getName()));
-  };
-  const auto dispatcher = boost::make_shared<processor::BaseDynamicProcessorDispatcher>(next.info);
-  dispatcher->initBase(priority, makeSplits<BaseDynamicSplit, DynamicValue>(level, next, given, split));
-  return dispatcher;
 }
 
 }  // namespace detail

@@ -294,10 +294,11 @@ void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor) {
   }
 }
 
-void awaitRun(BaseProcessor* processor) {
+BaseProcessor& awaitRun(BaseProcessor* processor) {
   if (!processor) raiseError(VEXO_HERE, "VEXOProcessing", "getAsyncProcessorOutput: the processor is null");
   processor->wait();
   processor->rethrowFailure();
+  return *processor;
 }
 
 }  // namespace vexo::processor

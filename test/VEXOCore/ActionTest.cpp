@@ -14,7 +14,7 @@
 #include <tuple>
 #include <vector>
 
-#include "Calls.h"
+#include "tools/Calls.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-#include "Calls.h"
+#include "tools/Calls.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 /// Memory that cannot be had must fail as it does without the sanitizer, not end the program.

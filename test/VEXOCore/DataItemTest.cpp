@@ -7,7 +7,7 @@
 #include <limits>
 #include <random>
 
-#include "Calls.h"
+#include "tools/Calls.h"
 
 namespace {
 

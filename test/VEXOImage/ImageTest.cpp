@@ -10,7 +10,7 @@
 
 #include "VEXOCore/Gpu.h"
 #include "VEXOImage/CudaImage.h"
-#include "VEXOImage/TestTools.h"
+#include "tools/ImageChecks.h"
 
 namespace {
 
@@ -103,7 +103,7 @@ TEST_P(SampleType, WrapChecksAddressAndStrides) {
 }
 
 TEST_P(SampleType, NegativeStridesTurnAnImageOver) {
-  const auto image = makeRandom({6, 5, 3}, type(), 7);
+  const auto image = rangeImage({6, 5, 3}, type(), 0, 9, 7);
   const ImageStrides s = image->getStrides();
   const auto turned = Image::wrap(image->getRow(4, 2), image->getGeometry(), type(), {-s.y, -s.z});
   forEachSample(image->getGeometry(),
@@ -112,13 +112,13 @@ TEST_P(SampleType, NegativeStridesTurnAnImageOver) {
                 });
   const auto copy = Image::create(image->getGeometry(), type());
   copySamples(*turned, *copy);
-  EXPECT_TRUE(sameSamples(*turned, *copy));
+  EXPECT_TRUE(sameBits(*turned, *copy));
   EXPECT_EQ(getOverlap(*image, *turned), eOverlap::Partial);
 }
 
 TEST(SubImage, SharesTheSamplesAndKeepsThemAlive) {
   const ImageGeometry g{4, 3, 5, 2, 3};
-  const auto image = makeRandom(g, eImageBufferType::Int16, 1);
+  const auto image = rangeImage(g, eImageBufferType::Int16, 0, 9, 1);
   for (std::size_t t = 0; t < g.t; ++t)
     for (std::size_t c = 0; c < g.c; ++c)
       for (std::size_t first = 0; first < g.z; ++first)
@@ -220,11 +220,11 @@ TEST(Overlap, OfAnyTwoIsNeverMissed) {
 }
 
 TEST(CopySamples, WritesTheSamplesOnlyAndWantsEqualSizesAndTypes) {
-  const auto image = makeRandom({5, 4, 2, 3, 2}, u16, 3, 60000);
+  const auto image = rangeImage({5, 4, 2, 3, 2}, u16, 0, 60000, 3);
   std::vector<std::uint16_t> memory(2000, 77);
   const auto padded = Image::wrap(memory.data(), image->getGeometry(), u16, {14, 70, 150, 480});
   copySamples(*image, *padded);
-  EXPECT_TRUE(sameSamples(*image, *padded));
+  EXPECT_TRUE(sameBits(*image, *padded));
   EXPECT_EQ(std::count(memory.begin(), memory.end(), 77) + 240,
             2000 + std::count(image->getRow<std::uint16_t>(0), image->getRow<std::uint16_t>(0) + 240, 77));
   expectFailure({"int16"},
@@ -268,8 +268,8 @@ TEST(Gpu, WithoutADeviceImagesOnItCannotBeMade) {
     EXPECT_FALSE(core::isGpuSupportActivated());
     expectFailure({"switched off"}, create);
     core::activateGpuSupport(true);
-    const auto image = makeRandom({7, 5, 3, 2, 2}, u16, 9, 60000);
-    EXPECT_TRUE(sameSamples(*CudaImage::fromHost(*image)->toHost(), *image));
+    const auto image = rangeImage({7, 5, 3, 2, 2}, u16, 0, 60000, 9);
+    EXPECT_TRUE(sameBits(*CudaImage::fromHost(*image)->toHost(), *image));
   }
 }
 

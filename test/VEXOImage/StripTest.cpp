@@ -6,7 +6,7 @@
 #include <cstring>
 #include <tuple>
 
-#include "VEXOImage/TestTools.h"
+#include "tools/ImageChecks.h"
 
 namespace {
 
@@ -95,7 +95,7 @@ INSTANTIATE_TEST_SUITE_P(All, Strip,
                                                           Reach{17, 0}, Reach{0, 18})));
 
 TEST_P(Strip, ReadsTheImageWithItsBorder) {
-  const auto original = makeRandom(geometry(), eImageBufferType::Int16, 11, 30000);
+  const auto original = rangeImage(geometry(), eImageBufferType::Int16, 0, 30000, 11);
   // Padded and upside down: nothing may rely on dense rows.
   std::vector<std::int16_t> memory(4000, -1);
   const ImageGeometry g = geometry();
@@ -111,9 +111,9 @@ TEST_P(Strip, ReadsTheImageWithItsBorder) {
 }
 
 TEST_P(Strip, InPlaceReadsWhatWasThereBefore) {
-  const auto original = makeRandom(geometry(), eImageBufferType::Int16, 12, 30000);
+  const auto original = rangeImage(geometry(), eImageBufferType::Int16, 0, 30000, 12);
   for (const StripBounds& bounds : cuts) {
-    const auto image = makeCopy(*original);
+    const auto image = copyOf(*original);
     const auto copies = StripMarginCopies::create(*image, direction(), bounds, margins());
     const Reach reach = std::get<2>(GetParam());
     ASSERT_EQ(copies == nullptr, reach.before == 0 && reach.after == 0);
@@ -135,9 +135,9 @@ TEST_P(Strip, InPlaceReadsWhatWasThereBefore) {
 }
 
 TEST_P(Strip, OutputWithItsOwnBufferIsSeenAfterCommit) {
-  const auto original = makeRandom(geometry(), eImageBufferType::Int16, 13, 30000);
+  const auto original = rangeImage(geometry(), eImageBufferType::Int16, 0, 30000, 13);
   for (const auto allocation : {eStripAllocationType::View, eStripAllocationType::OwnBuffer}) {
-    const auto image = makeCopy(*original), expected = makeCopy(*original);
+    const auto image = copyOf(*original), expected = copyOf(*original);
     OutputStrip strip(image, direction(), 5, 10, allocation);
     const StripTarget target = strip.makeTarget();
     forEachSample(geometry(), [&](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t) {
@@ -149,10 +149,10 @@ TEST_P(Strip, OutputWithItsOwnBufferIsSeenAfterCommit) {
       EXPECT_EQ(*sample, getSample(*original, x, y, z));
       setSample(*expected, *sample = static_cast<std::int16_t>(-1 - *sample), x, y, z);
     });
-    ASSERT_FALSE(sameSamples(*expected, *original));
-    EXPECT_TRUE(sameSamples(*image, allocation == eStripAllocationType::View ? *expected : *original));
+    ASSERT_FALSE(sameBits(*expected, *original));
+    EXPECT_TRUE(sameBits(*image, allocation == eStripAllocationType::View ? *expected : *original));
     strip.commit();
-    EXPECT_TRUE(sameSamples(*image, *expected));
+    EXPECT_TRUE(sameBits(*image, *expected));
   }
 }
 

@@ -26,7 +26,7 @@ TEST_F(ImageIO, RoundTripOfAllTypesAndGeometries) {
       cases.emplace_back(name, g);
   for (std::size_t c = 1; c <= 4; ++c) cases.push_back({"a.PnG", {13, 9, 1, c}});
   for (const auto& [name, geometry] : cases)
-    for (const eImageBufferType type : allTypes) {
+    for (const eImageBufferType type : test::allTypes()) {
       SCOPED_TRACE(name + " " + toString(geometry) + " " + toString(type));
       const bool png = name == "a.PnG";
       if (png && type != eImageBufferType::UInt8 && type != eImageBufferType::UInt16) continue;

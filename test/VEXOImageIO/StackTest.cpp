@@ -57,7 +57,7 @@ struct LabelledStack {
 
 TEST_F(ImageIO, StacksAreOnePieceBehindTheLabel) {
   for (const ImageGeometry& g : {ImageGeometry{64, 64, 4}, {3, 1, 1, 2}, {5, 4, 2, 3, 4}, {7, 3, 1, 1, 3}})
-    for (const eImageBufferType type : allTypes) {
+    for (const eImageBufferType type : test::allTypes()) {
       SCOPED_TRACE(toString(g) + " " + toString(type));
       // With gaps between the rows.
       const auto whole = randomImage({g.x + 3, g.y, g.z, g.c, g.t}, type);

@@ -27,19 +27,6 @@ boost::shared_ptr<Image> randomImage(const ImageGeometry& g, eImageBufferType ty
   return image;
 }
 
-void expectSame(const Image& expected, const Image& actual) {
-  const ImageGeometry& g = expected.getGeometry();
-  ASSERT_EQ(toString(g), toString(actual.getGeometry()));
-  ASSERT_EQ(expected.getBufferType(), actual.getBufferType());
-  const std::size_t rowBytes = g.x * getSampleSize(expected.getBufferType());
-  for (std::size_t t = 0; t < g.t; ++t)
-    for (std::size_t c = 0; c < g.c; ++c)
-      for (std::size_t z = 0; z < g.z; ++z)
-        for (std::size_t y = 0; y < g.y; ++y)
-          ASSERT_EQ(0, std::memcmp(expected.getRow(y, z, c, t), actual.getRow(y, z, c, t), rowBytes))
-              << "row " << y << ", z " << z << ", c " << c << ", t " << t;
-}
-
 void writePages(const std::string& path, const char* mode, const std::vector<TiffPage>& pages,
                 const std::string& description, const Filler& fill) {
   std::unique_ptr<TIFF, void (*)(TIFF*)> owner(TIFFOpen(path.c_str(), mode), TIFFClose);

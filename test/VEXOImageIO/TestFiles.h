@@ -10,23 +10,21 @@
 #include <functional>
 #include <vector>
 
-#include "Calls.h"
 #include "VEXOImageIO/ImageIO.h"
+#include "tools/ImageChecks.h"
 
 namespace vexo::image::io {
 
 namespace fs = std::filesystem;
 using Bytes = std::vector<unsigned char>;
 
-constexpr eImageBufferType allTypes[] = {
-    eImageBufferType::UInt8,  eImageBufferType::Int8,  eImageBufferType::UInt16, eImageBufferType::Int16,
-    eImageBufferType::UInt32, eImageBufferType::Int32, eImageBufferType::Real32};
-
 Bytes readBytes(const std::string& path);
 void writeBytes(const std::string& path, const unsigned char* data, std::size_t size);
 
 boost::shared_ptr<Image> randomImage(const ImageGeometry& g, eImageBufferType type);
-void expectSame(const Image& expected, const Image& actual);
+inline void expectSame(const Image& expected, const Image& actual) {
+  EXPECT_TRUE(test::sameBits(expected, actual));
+}
 
 /// A call must fail with a message that names the path and the cause.
 template <class Call>

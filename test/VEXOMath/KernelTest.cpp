@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "Calls.h"
+#include "tools/Calls.h"
 
 namespace {
 

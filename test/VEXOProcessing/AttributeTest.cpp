@@ -65,7 +65,7 @@ TEST(Attribute, RefusedValuesLeaveTheOldOne) {
   expectFailure({"InCount"}, [&] { p->findAttribute("InCount")->setText("13"); });
   EXPECT_EQ(p->getStorage<attr::InCount>(), 4u);
 
-  const auto image = makeRandom({2, 2}, image::eImageBufferType::Int8, 1);
+  const auto image = rangeImage({2, 2}, image::eImageBufferType::Int8, 0, 9, 1);
   p->set<attr::InImg>(image);
   expectFailure({"InImg"}, [&] { p->set<attr::InImg>({}); });
   EXPECT_EQ(p->getStorage<attr::InImg>(), image);
@@ -99,7 +99,7 @@ TEST(Attribute, CannotBeSetWhileRunning) {
   };
   ASSERT_TRUE(p->run(core::eSynchroType::Asynchronous));
   ASSERT_TRUE(eventually([&] { return begun.load(); }));
-  const auto image = makeRandom({2, 2}, image::eImageBufferType::Int8, 1);
+  const auto image = rangeImage({2, 2}, image::eImageBufferType::Int8, 0, 9, 1);
   expectFailure({"running"}, [&] { p->set<attr::InOptMask>(image); });
   expectFailure({"running"}, [&] { p->init(); });
   expectFailure({"running"}, [&] { p->copy(*makeReady<Steps1>()); });

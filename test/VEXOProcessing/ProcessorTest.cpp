@@ -36,25 +36,25 @@ INSTANTIATE_TEST_SUITE_P(All, WindowSum,
                                           testing::Values(0, 1, 2, 5)));
 
 TEST_P(WindowSum, EqualsTheNaiveSumWithAnyNumberOfThreads) {
-  const auto in = makeRandom(g, eImageBufferType::Int32, 5);
+  const auto in = rangeImage(g, eImageBufferType::Int32, 0, 9, 5);
   const auto wanted = sumOf(*in, eImageBufferType::Int32, half, border);
   const auto p = make(in);
   for (const std::size_t threads : {1, 2, 3, 7}) {
     p->setThreadLimit(threads);
     executeSyncRun(p);
-    EXPECT_TRUE(sameSamples(resultOf(*p), *wanted)) << threads << " threads";
-    const auto both = makeCopy(*in);
+    EXPECT_TRUE(sameBits(resultOf(*p), *wanted)) << threads << " threads";
+    const auto both = copyOf(*in);
     const auto inPlace = make(both);
     inPlace->set<attr::OutImg>(both);
     inPlace->setThreadLimit(threads);
     executeSyncRun(inPlace);
-    EXPECT_TRUE(sameSamples(*both, *wanted)) << "in place, " << threads << " threads";
+    EXPECT_TRUE(sameBits(*both, *wanted)) << "in place, " << threads << " threads";
   }
 }
 
 TEST_P(WindowSum, ServesAllTypesAndStrides) {
   for (int type = 0; type < kernelTypeCount; ++type) {
-    const auto in = makeRandom(g, static_cast<eImageBufferType>(type), 6 + type);
+    const auto in = rangeImage(g, static_cast<eImageBufferType>(type), 0, 9, 6 + type);
     const auto out = type % 2 ? eImageBufferType::Real32 : u16;
     const auto wanted = sumOf(*in, out, half, border);
     // Upside down, with a gap after each row, each slice and so on.
@@ -71,7 +71,7 @@ TEST_P(WindowSum, ServesAllTypesAndStrides) {
     const auto p = make(in);
     p->set<attr::OutImg>(images[0]);
     executeSyncRun(p);
-    EXPECT_TRUE(sameSamples(*images[0], *wanted)) << type;
+    EXPECT_TRUE(sameBits(*images[0], *wanted)) << type;
     // What lies in the gaps is nobody's to write.
     image::copySamples(*wanted, *images[1]);
     EXPECT_EQ(std::memcmp(memory[0].data(), memory[1].data(), memory[0].size() * sizeof(float)), 0) << type;
@@ -79,10 +79,10 @@ TEST_P(WindowSum, ServesAllTypesAndStrides) {
 }
 
 TEST(Call, SynchronousAndAsynchronous) {
-  const auto in = makeRandom({20, 30, 2}, u16, 1), wanted = sumOf(*in, u16);
+  const auto in = rangeImage({20, 30, 2}, u16, 0, 9, 1), wanted = sumOf(*in, u16);
   using Call = CallForms<WindowSumLvl1, attr::OutImg, attr::InImg, attr::InHalfKnlSizeX>;
   const auto isWanted = [&](const boost::shared_ptr<image::BaseImage>& result) {
-    return sameSamples(image::hostImage(result, "out"), *wanted);
+    return sameBits(image::hostImage(result, "out"), *wanted);
   };
   EXPECT_TRUE(isWanted(Call::run(in, 1)));
   EXPECT_TRUE(isWanted(Call::await(Call::start(in, 1))));
@@ -116,8 +116,8 @@ TEST(Output, IsCreatedLikeTheInput) {
 }
 
 TEST(Output, OfASecondRunFitsItsInput) {
-  const auto small = makeRandom({9, 8}, u16, 1);
-  const auto large = makeRandom({11, 30, 2}, eImageBufferType::Real32, 2);
+  const auto small = rangeImage({9, 8}, u16, 0, 9, 1);
+  const auto large = rangeImage({11, 30, 2}, eImageBufferType::Real32, 0, 9, 2);
   const auto p = makeSum(small);
   executeSyncRun(p);
   const auto first = p->getStorage<attr::OutImg>();
@@ -126,13 +126,13 @@ TEST(Output, OfASecondRunFitsItsInput) {
   EXPECT_EQ(p->describeOutput(*p->accessAttribute<attr::OutImg>()).geometry, large->getGeometry());
   EXPECT_NO_THROW(p->checkCall());
   executeSyncRun(p);
-  EXPECT_TRUE(sameSamples(resultOf(*p), *sumOf(*large, large->getBufferType())));
-  EXPECT_TRUE(sameSamples(image::hostImage(first, "first"), *sumOf(*small, small->getBufferType())))
+  EXPECT_TRUE(sameBits(resultOf(*p), *sumOf(*large, large->getBufferType())));
+  EXPECT_TRUE(sameBits(image::hostImage(first, "first"), *sumOf(*small, small->getBufferType())))
       << "the first result is still whole";
 }
 
 TEST(Output, GivenByTheCallerIsUsedAgain) {
-  const auto in = makeRandom({9, 8}, u16, 1), own = makeCopy(*in);
+  const auto in = rangeImage({9, 8}, u16, 0, 9, 1), own = copyOf(*in);
   for (const char* how : {"set", "through the attribute", "result of the run before"}) {
     const auto p = makeSum(in);
     executeSyncRun(p);
@@ -142,43 +142,43 @@ TEST(Output, GivenByTheCallerIsUsedAgain) {
     else
       p->set<attr::OutImg>(out);
     for (int run = 0; run < 2; ++run) {
-      fillRandom(image::hostImage(out, "out"), 8);
+      image::copySamples(*rangeImage({9, 8}, u16, 0, 9, 8), image::hostImage(out, "out"));
       executeSyncRun(p);
       EXPECT_EQ(p->getStorage<attr::OutImg>(), out) << how;
-      EXPECT_TRUE(sameSamples(resultOf(*p), *sumOf(*in, in->getBufferType()))) << how;
+      EXPECT_TRUE(sameBits(resultOf(*p), *sumOf(*in, in->getBufferType()))) << how;
     }
   }
 }
 
 TEST(Output, OfTheWrongSizeIsRefusedUntouched) {
-  const auto in = makeRandom({9, 8}, u16, 1);
+  const auto in = rangeImage({9, 8}, u16, 0, 9, 1);
   for (const ImageGeometry& g : {ImageGeometry{8, 8}, ImageGeometry{9, 9}, ImageGeometry{9, 8, 2}}) {
-    const auto out = makeRandom(g, u16, 2), before = makeCopy(*out);
+    const auto out = rangeImage(g, u16, 0, 9, 2), before = copyOf(*out);
     const auto p = makeSum(in);
     p->set<attr::OutImg>(out);
     expectFailure({"WindowSumLvl1", toString(g), "9 x 8"}, [&] { executeSyncRun(p); });
     EXPECT_FALSE(p->getResult());
-    EXPECT_TRUE(sameSamples(*out, *before));
+    EXPECT_TRUE(sameBits(*out, *before));
     EXPECT_EQ(p->getStorage<attr::OutImg>(), out) << "what the caller gave stays";
   }
 }
 
 TEST(Output, ThatOverlapsAnInputIsRefusedUnlessItIsTheInput) {
-  const auto whole = makeRandom({9, 20}, u16, 1), before = makeCopy(*whole);
+  const auto whole = rangeImage({9, 20}, u16, 0, 9, 1), before = copyOf(*whole);
   const image::ImageStrides s = whole->getStrides();
   const auto in = Image::wrap(whole->getRow(0), {9, 8}, u16, s, whole);
   const auto p = makeSum(in);
   p->set<attr::OutImg>(Image::wrap(whole->getRow(1), {9, 8}, u16, s));
   expectFailure({"InImg", "OutImg", "overlap"}, [&] { executeSyncRun(p); });
-  EXPECT_TRUE(sameSamples(*whole, *before));
+  EXPECT_TRUE(sameBits(*whole, *before));
   const auto wanted = sumOf(*in, in->getBufferType());
   const auto below = Image::wrap(whole->getRow(8), {9, 8}, u16, s);
   p->set<attr::OutImg>(below);
   executeSyncRun(p);
-  EXPECT_TRUE(sameSamples(*below, *wanted));
+  EXPECT_TRUE(sameBits(*below, *wanted));
   p->set<attr::OutImg>(Image::wrap(whole->getRow(0), {9, 8}, u16, s));
   executeSyncRun(p);
-  EXPECT_TRUE(sameSamples(*in, *wanted));
+  EXPECT_TRUE(sameBits(*in, *wanted));
   // A second input that the first output would spoil.
   const auto kinds = makeEveryKind({9, 8});
   kinds->set<attr::OutRealImg>(Image::create({9, 8}, eImageBufferType::Real32));
@@ -206,7 +206,7 @@ TEST(Output, OfAFailedRunIsNotLeft) {
 
 TEST(Output, OfARunThatIsCancelledAtTheVeryEndIsNotLeft) {
   const auto p = makeReady<Steps1>();
-  p->set<attr::InOptMask>(makeRandom({4, 3}, eImageBufferType::UInt8, 1));
+  p->set<attr::InOptMask>(rangeImage({4, 3}, eImageBufferType::UInt8, 0, 9, 1));
   p->step = [](std::size_t) { return pieces(3, [](std::size_t) {}); };
   p->atEnd = [&p = *p] { p.cancel(); };
   const BoolResult result = p->run(core::eSynchroType::Synchronous);
@@ -233,7 +233,7 @@ TEST(WorkImages, AreReleasedUnlessTheCallerSuppliedThem) {
 }
 
 TEST(Copy, SharesValuesButNotResults) {
-  const auto in = makeRandom({9, 8}, u16, 1), other = makeRandom({6, 30}, u16, 2);
+  const auto in = rangeImage({9, 8}, u16, 0, 9, 1), other = rangeImage({6, 30}, u16, 0, 9, 2);
   const auto p = makeSum(in);
   p->setThreadLimit(3);
   p->setPriority(core::ePriority::High);
@@ -248,9 +248,9 @@ TEST(Copy, SharesValuesButNotResults) {
   EXPECT_EQ(twin->getPriority().getLevel(), core::ePriority::High);
   twin->set<attr::InImg>(other);
   executeSyncRun(twin);
-  EXPECT_TRUE(sameSamples(resultOf(*twin), *sumOf(*other, other->getBufferType())));
+  EXPECT_TRUE(sameBits(resultOf(*twin), *sumOf(*other, other->getBufferType())));
   EXPECT_EQ(p->getStorage<attr::OutImg>(), result);
-  EXPECT_TRUE(sameSamples(resultOf(*p), *sumOf(*in, in->getBufferType())));
+  EXPECT_TRUE(sameBits(resultOf(*p), *sumOf(*in, in->getBufferType())));
   EXPECT_TRUE(p->copy(*p));
   EXPECT_TRUE(has(p->copy(*makeReady<Steps1>()).getMessage(), "Steps1"));
   EXPECT_EQ(p->getStorage<attr::InImg>(), in) << "copies of itself and of another class change nothing";

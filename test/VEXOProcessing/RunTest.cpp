@@ -88,7 +88,7 @@ TEST(Steps, NestedKeepTheirOrder) {
 }
 
 TEST(Failure, OfARuleIsThrownByTheSynchronousRunAndKeptByTheOther) {
-  const auto p = makeSum(makeRandom({9, 8}, u16, 1));
+  const auto p = makeSum(rangeImage({9, 8}, u16, 0, 9, 1));
   p->set<attr::OutImg>(Image::create({9, 9}, u16));
   EXPECT_TRUE(p->run(eSynchroType::Asynchronous)) << "starting does not fail";
   p->wait();
@@ -107,7 +107,7 @@ INSTANTIATE_TEST_SUITE_P(Counts, Threads, testing::Values(1, 2, 3, 7));
 TEST_P(Threads, FailureInAPieceStopsTheOthersAndTheStepsAfter) {
   std::atomic<std::size_t> begun{0};
   const auto p = makeReady<Steps2>(), inner = makeReady<Steps2>();
-  p->set<attr::InOptMask>(makeRandom({4, 3}, u16, 1));
+  p->set<attr::InOptMask>(rangeImage({4, 3}, u16, 0, 9, 1));
   p->setThreadLimit(GetParam());
   inner->step = [&](std::size_t i) {
     if (i != 0) ADD_FAILURE() << "the second step ran after the first failed";
@@ -147,7 +147,7 @@ TEST(Steps, ShareTheProgress) {
 }
 
 TEST_P(Threads, CancelledRunsFailOrAreRight) {
-  const auto in = makeRandom({300, 400, 4}, u16, 1);
+  const auto in = rangeImage({300, 400, 4}, u16, 0, 9, 1);
   const auto wanted = sumOf(*in, u16, 2);
   std::mt19937 random(9);
   int cancelled = 0;
@@ -166,11 +166,11 @@ TEST_P(Threads, CancelledRunsFailOrAreRight) {
       EXPECT_TRUE(has(result.getMessage(), "cancelled"));
       EXPECT_EQ(p->getStorage<attr::OutImg>(), nullptr);
     } else {
-      EXPECT_TRUE(sameSamples(resultOf(*p), *wanted));
+      EXPECT_TRUE(sameBits(resultOf(*p), *wanted));
     }
     if (i % 10 == 0) {
       executeSyncRun(p);
-      EXPECT_TRUE(sameSamples(resultOf(*p), *wanted)) << "a cancelled processor can be run again";
+      EXPECT_TRUE(sameBits(resultOf(*p), *wanted)) << "a cancelled processor can be run again";
     }
   }
   EXPECT_GT(cancelled, 0);
@@ -191,7 +191,7 @@ TEST(Cancel, BetweenStepsStopsBeforeTheNext) {
 }
 
 TEST(Asynchronous, RunGoesOnWithoutItsHandle) {
-  const auto in = makeRandom({30, 40, 3}, u16, 1), wanted = sumOf(*in, u16, 2);
+  const auto in = rangeImage({30, 40, 3}, u16, 0, 9, 1), wanted = sumOf(*in, u16, 2);
   std::vector<boost::weak_ptr<BaseProcessor>> processors;
   std::vector<boost::shared_ptr<Image>> results;
   for (int i = 0; i < 10; ++i) {
@@ -202,12 +202,12 @@ TEST(Asynchronous, RunGoesOnWithoutItsHandle) {
     ASSERT_TRUE(p->run(eSynchroType::Asynchronous));
   }
   for (const auto& p : processors) ASSERT_TRUE(eventually([&] { return p.expired(); }));
-  for (const auto& result : results) EXPECT_TRUE(sameSamples(*result, *wanted));
+  for (const auto& result : results) EXPECT_TRUE(sameBits(*result, *wanted));
 }
 
 TEST(ManyCalls, AtOnceOnSharedInputsAreAllRight) {
-  const std::vector<boost::shared_ptr<Image>> inputs = {makeRandom({31, 40}, u16, 1),
-                                                        makeRandom({17, 9, 4}, u16, 2)};
+  const std::vector<boost::shared_ptr<Image>> inputs = {rangeImage({31, 40}, u16, 0, 9, 1),
+                                                        rangeImage({17, 9, 4}, u16, 0, 9, 2)};
   std::vector<boost::shared_ptr<Image>> wanted;
   for (const auto& in : inputs) wanted.push_back(sumOf(*in, u16, 2));
   std::vector<std::thread> threads;
@@ -227,7 +227,7 @@ TEST(ManyCalls, AtOnceOnSharedInputsAreAllRight) {
           p->run(eSynchroType::Asynchronous);
           p->wait();
         }
-        right += p->getResult() && sameSamples(resultOf(*p), *wanted[which]);
+        right += p->getResult() && sameBits(resultOf(*p), *wanted[which]);
       }
     });
   go = true;

@@ -23,7 +23,7 @@ boost::shared_ptr<const image::Image> pieceOf(const Split& split, std::size_t in
 
 TEST(SubImageSplit, GoesThroughPlanesAndVolumesInOrder) {
   const ImageGeometry g{3, 2, 4, 3, 2};
-  const auto image = makeRandom(g, image::eImageBufferType::UInt8, 1);
+  const auto image = rangeImage(g, image::eImageBufferType::UInt8, 0, 9, 1);
   const auto planes = planeSplit<Target, attr::InImg>(image);
   const auto volumes = volumeSplit<Target, attr::InOutImg>(image);
   ASSERT_EQ(planes->getPieceCount(), 24u);

@@ -181,8 +181,8 @@ boost::shared_ptr<EveryKind> makeEveryKind(const image::ImageGeometry& geometry)
   p->set<attr::InRange>(range);
   p->set<attr::InKnl>(kernel);
   p->set<attr::InOutCounter>(0);
-  p->set<attr::InImg>(makeRandom(geometry, image::eImageBufferType::Int16, 3, 30000));
-  p->set<attr::InOutImg>(makeRandom({3, 2, 1, 2, 1}, image::eImageBufferType::UInt8, 4));
+  p->set<attr::InImg>(rangeImage(geometry, image::eImageBufferType::Int16, 0, 30000, 3));
+  p->set<attr::InOutImg>(rangeImage({3, 2, 1, 2, 1}, image::eImageBufferType::UInt8, 0, 9, 4));
   return p;
 }
 

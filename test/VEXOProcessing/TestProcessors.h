@@ -6,7 +6,6 @@
 #include <mutex>
 #include <thread>
 
-#include "VEXOImage/TestTools.h"
 #include "VEXOMath/Kernel.h"
 #include "VEXOProcessing/Attributes.h"
 #include "VEXOProcessing/Call.h"
@@ -14,6 +13,7 @@
 #include "VEXOProcessing/ImageSplit.h"
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 #include "VEXOProcessing/ProcessorFactory.h"
+#include "tools/ImageChecks.h"
 
 namespace vexo::test {
 

@@ -7,7 +7,7 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-#include "faults/Filters.h"
+#include "tools/Filters.h"
 
 namespace vexo::processor {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <limits>
 
-#include "Calls.h"
 #include "VEXOSerialization/JsonArchive.h"
+#include "tools/Calls.h"
 
 namespace {
 

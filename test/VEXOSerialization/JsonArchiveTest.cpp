@@ -6,8 +6,8 @@
 #include <limits>
 #include <random>
 
-#include "Calls.h"
 #include "VEXOSerialization/JsonArchive.h"
+#include "tools/Calls.h"
 
 namespace {
 

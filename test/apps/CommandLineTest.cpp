@@ -10,10 +10,12 @@
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "VEXOCore/InstructionSet.h"
-#include "VEXOImage/TestTools.h"
 #include "VEXOImageIO/ImageIO.h"
+#include "tools/ImageChecks.h"
+#include "tools/Readme.h"
 
 namespace vexo {
 namespace {
@@ -46,8 +48,8 @@ protected:
     std::string name = (fs::temp_directory_path() / "vexo-cli-XXXXXX").string();
     ASSERT_NE(nullptr, mkdtemp(name.data()));
     folder = name;
-    input = test::makeRandom({37, 150}, eImageBufferType::UInt8, 1, 255);
-    const auto real = test::makeRandom({37, 150}, eImageBufferType::Real32, 1, 255);
+    input = test::rangeImage({37, 150}, eImageBufferType::UInt8, 0, 255, 1);
+    const auto real = test::rangeImage({37, 150}, eImageBufferType::Real32, 0, 255, 1);
     image::io::writeImage(*input, folder / "in.tif");
     image::io::writeImage(*real, folder / "real.tif");
   }
@@ -321,7 +323,7 @@ TEST_F(CommandLineTest, FailedRunsLeaveTheOldOutput) {
 }
 
 TEST_F(CommandLineTest, SignalsEndARunWithoutATrace) {
-  image::io::writeImage(*test::makeRandom({4000, 4000}, eImageBufferType::UInt16, 0, 60000),
+  image::io::writeImage(*test::rangeImage({4000, 4000}, eImageBufferType::UInt16, 0, 60000, 0),
                         folder / "large.tif");
   writeText(folder / "out.tif", "old");
   const auto count = [this] { return std::distance(fs::directory_iterator(folder), {}); };
@@ -363,6 +365,16 @@ TEST_F(CommandLineTest, ListsProcessors) {
   EXPECT_TRUE(test::has(lines, toolTip));
   EXPECT_FALSE(callJson("list MEANSMOOTH --json").empty());
   EXPECT_TRUE(callJson("list nothing-like-this --json").empty());
+}
+
+TEST_F(CommandLineTest, ListsTheFiltersOfTheReadme) {
+  std::set<std::string> listed, stated;
+  for (const Json& entry : callJson("list --json")) {
+    const std::string name = entry.at("name");
+    listed.insert(name.substr(0, name.size() - 4));
+  }
+  for (const auto& [name, row] : test::readReadme(VEXO_README)) stated.insert(name);
+  EXPECT_EQ(listed, stated);
 }
 
 TEST_F(CommandLineTest, DescribesAProcessor) {

@@ -6,12 +6,11 @@
 #include <iostream>
 #include <new>
 
-#include "Calls.h"
 #include "FailingMemory.h"
-#include "Filters.h"
 #include "VEXOCore/Buffer.h"
 #include "VEXOImageIO/ImageIO.h"
 #include "VEXOSerialization/JsonArchive.h"
+#include "tools/Filters.h"
 
 namespace vexo::test {
 namespace {
@@ -23,7 +22,7 @@ using processor::BaseProcessor;
 const image::ImageGeometry geometry{40, 150, 3, 1, 2};
 
 /// Runs to the end; throws what made the run fail.
-std::string run(BaseProcessor& filter, eSynchroType synchro) {
+Result run(BaseProcessor& filter, eSynchroType synchro) {
   const BoolResult begun = filter.run(synchro);
   filter.wait();
   filter.rethrowFailure();
@@ -71,18 +70,18 @@ long failEach(const Call& call) {
 
 class EveryFilter : public testing::TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(Faults, EveryFilter, testing::ValuesIn(filterNames()),
-                         [](const auto& info) { return info.param.substr(info.param.rfind(':') + 1); });
+                         [](const auto& info) { return shortName(info.param); });
 
 TEST_P(EveryFilter, SurvivesEachFailedAllocation) {
   const auto filter = makeFilter(GetParam(), geometry, image::eImageBufferType::UInt16);
-  const std::string expected = run(*filter, eSynchroType::Synchronous);
+  const Result expected = run(*filter, eSynchroType::Synchronous);
   for (const std::size_t threads : {std::size_t(1), std::size_t(3)})
     for (const auto synchro : {eSynchroType::Synchronous, eSynchroType::Asynchronous}) {
       filter->setThreadLimit(threads);
       run(*filter, synchro);  // what is made at its first use is there now
       const long failures = failEach([&] { run(*filter, synchro); });
       EXPECT_GT(failures, 10);
-      EXPECT_EQ(expected, run(*filter, synchro));
+      EXPECT_EQ("", findDifference(expected, run(*filter, synchro)));
     }
   // Everything from some point on, as when memory is really gone.
   for (long number = 1; number < 200; number += 7) {
@@ -90,7 +89,7 @@ TEST_P(EveryFilter, SurvivesEachFailedAllocation) {
     failsCleanly([&] { run(*filter, eSynchroType::Asynchronous); });
     endFailing();
   }
-  EXPECT_EQ(expected, run(*filter, eSynchroType::Synchronous));
+  EXPECT_EQ("", findDifference(expected, run(*filter, eSynchroType::Synchronous)));
 }
 
 TEST(Memory, SerialFormSurvivesEachFailedAllocation) {
@@ -117,9 +116,9 @@ TEST(Memory, LargeImagesSurviveEachFailedAllocation) {
     for (const auto synchro : {eSynchroType::Synchronous, eSynchroType::Asynchronous}) {
       const auto filter = makeFilter("vexo::imaproc::" + std::string(name) + "Lvl1", {1200, 1200},
                                      image::eImageBufferType::UInt8);
-      const std::string expected = run(*filter, synchro);
+      const Result expected = run(*filter, synchro);
       EXPECT_GT(failEach([&] { run(*filter, synchro); }), 10);
-      EXPECT_EQ(expected, run(*filter, synchro));
+      EXPECT_EQ("", findDifference(expected, run(*filter, synchro)));
     }
   setRecycledMemoryLimit(std::size_t(256) << 20);
 }
@@ -139,7 +138,7 @@ const std::map<std::string, void (*)()> childWork = {
            const std::string path;
            ~File() { unlink(path.c_str()); }
          } file{testing::TempDir() + "vexo-fault-" + std::to_string(getpid()) + type};
-         image::io::writeImage(*patternImage({70, 60}, image::eImageBufferType::UInt16), file.path);
+         image::io::writeImage(*randomImage({70, 60}, image::eImageBufferType::UInt16), file.path);
          image::io::readImage(file.path);
        }
      }}};

@@ -2,18 +2,17 @@
 
 #include <thread>
 
-#include "Filters.h"
+#include "tools/Filters.h"
 
 namespace vexo::test {
 namespace {
 
 using core::eSynchroType;
-using processor::BaseImageAttribute;
 using processor::BaseProcessor;
 
 class EveryFilter : public testing::TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(Threads, EveryFilter, testing::ValuesIn(filterNames()),
-                         [](const auto& info) { return info.param.substr(info.param.rfind(':') + 1); });
+                         [](const auto& info) { return shortName(info.param); });
 
 /// Gives the filter the images of another one as inputs.
 void shareInputs(const BaseProcessor& from, const BaseProcessor& to) {
@@ -28,7 +27,7 @@ TEST_P(EveryFilter, RunsAtOnceGiveTheResultOfOneThread) {
     const auto alone = makeFilter(GetParam(), {40, 150, 2, 1, 2}, type);
     alone->setThreadLimit(1);
     processor::executeSyncRun(alone);
-    const std::string expected = resultOf(*alone);
+    const Result expected = resultOf(*alone);
     std::vector<boost::shared_ptr<BaseProcessor>> runs;
     for (const std::size_t threads : {4, 1, 3, 2}) {
       runs.push_back(makeFilter(GetParam(), {1, 1}, type));
@@ -39,7 +38,8 @@ TEST_P(EveryFilter, RunsAtOnceGiveTheResultOfOneThread) {
     for (const auto& run : runs) {
       run->wait();
       ASSERT_NO_THROW(run->rethrowFailure());
-      EXPECT_TRUE(expected == resultOf(*run)) << "with " << run->getThreadLimit() << " threads";
+      EXPECT_EQ("", findDifference(expected, resultOf(*run)))
+          << "with " << run->getThreadLimit() << " threads";
     }
   }
 }
@@ -50,21 +50,16 @@ TEST_P(EveryFilter, InPlaceGivesTheResultOfOneThread) {
   alone->setThreadLimit(1);
   processor::executeSyncRun(alone);
   const auto filter = makeFilter(GetParam(), {40, 150, 2}, image::eImageBufferType::Real32);
-  boost::shared_ptr<BaseImageAttribute> output;
-  for (const auto& attribute : filter->getAttributes())
-    if (const auto image = boost::dynamic_pointer_cast<BaseImageAttribute>(attribute);
-        image && image->isOutput() && !image->isOptional())
-      output = image;
+  const auto output = imageOutput(*filter);
   if (!output) GTEST_SKIP() << "no image comes out";
-  for (const auto& attribute : filter->getAttributes())
-    if (const auto image = boost::dynamic_pointer_cast<BaseImageAttribute>(attribute);
-        image && image->isInput() && image->getImage()->getBufferType() == image::eImageBufferType::Real32) {
-      output->setImage(boost::const_pointer_cast<image::BaseImage>(image->getImage()));
+  for (const auto& input : imageInputs(*filter))
+    if (input->getImage()->getBufferType() == image::eImageBufferType::Real32) {
+      output->setImage(imageIn(*input));
       break;
     }
   filter->setThreadLimit(4);
   processor::executeSyncRun(filter);
-  EXPECT_TRUE(resultOf(*alone) == resultOf(*filter));
+  EXPECT_EQ("", findDifference(resultOf(*alone), resultOf(*filter)));
 }
 
 // A run is cancelled while its pieces are under way.

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "Filters.h"
+#include "tools/Filters.h"
 
 namespace {
 

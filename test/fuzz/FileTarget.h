@@ -72,7 +72,7 @@ inline void checkWritten(const image::Image& image, const std::string& name) {
     require(refusal.empty(), "the image cannot be written: " + refusal);
   if (!refusal.empty()) return;
   image::io::writeImage(image, path);
-  const std::string difference = findDifference(image, *image::io::readImage(path));
+  const std::string difference = test::findDifference(image, *image::io::readImage(path));
   require(difference.empty(), name + " reads back otherwise, " + difference);
 }
 
@@ -94,7 +94,7 @@ inline void checkFile(const std::uint8_t* data, std::size_t size) {
   // was. (The address sanitizer's memory always holds the same; a build without it finds this.)
   static int filling = 0;
   mallopt(M_PERTURB, filling = filling % 255 + 1);
-  const std::string difference = findDifference(*image, *image::io::readImage(path));
+  const std::string difference = test::findDifference(*image, *image::io::readImage(path));
   require(difference.empty(), "a second reading differs, " + difference);
   const auto& g = info.geometry;
   if (g.z * g.c * g.t > 64) return;  // each plane becomes a page, and a page takes its time

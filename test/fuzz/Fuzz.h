@@ -13,7 +13,7 @@
 #include <type_traits>
 
 #include "VEXOCore/BaseException.h"
-#include "VEXOImage/Image.h"
+#include "tools/Images.h"
 
 /// Runs one input; the name and the answer, 0, are those that fuzzing engines know.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -74,34 +74,5 @@ private:
   const std::uint8_t* _data;
   std::size_t _left;
 };
-
-/// Where the first sample lies that differs in its bits; empty when there is none.
-inline std::string findDifference(const image::Image& a, const image::Image& b) {
-  const image::ImageGeometry& g = a.getGeometry();
-  if (g != b.getGeometry() || a.getBufferType() != b.getBufferType())
-    return toString(g) + " of " + toString(a.getBufferType()) + " and " + toString(b.getGeometry()) + " of " +
-           toString(b.getBufferType());
-  const std::size_t size = getSampleSize(a.getBufferType());
-  for (std::size_t t = 0; t < g.t; ++t)
-    for (std::size_t c = 0; c < g.c; ++c)
-      for (std::size_t z = 0; z < g.z; ++z)
-        for (std::size_t y = 0; y < g.y; ++y) {
-          const auto* one = a.getRow<unsigned char>(y, z, c, t);
-          const auto* other = b.getRow<unsigned char>(y, z, c, t);
-          if (std::memcmp(one, other, g.x * size) == 0) continue;
-          std::size_t x = 0;
-          while (std::memcmp(one + x * size, other + x * size, size) == 0) ++x;
-          return visitBufferType(a.getBufferType(), [&](auto zero) {
-            using T = decltype(zero);
-            T v, w;
-            std::memcpy(&v, one + x * size, size);
-            std::memcpy(&w, other + x * size, size);
-            return "x " + std::to_string(x) + " y " + std::to_string(y) + " z " + std::to_string(z) + " c " +
-                   std::to_string(c) + " t " + std::to_string(t) + ": " + std::to_string(v) + " and " +
-                   std::to_string(w);
-          });
-        }
-  return "";
-}
 
 }  // namespace vexo::fuzz

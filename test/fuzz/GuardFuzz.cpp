@@ -67,16 +67,6 @@ private:
     ImagePtr image;
   };
 
-  template <class Function>
-  static void forEachRow(const Image& image, const Function& function) {
-    const ImageGeometry& g = image.getGeometry();
-    for (std::size_t t = 0; t < g.t; ++t)
-      for (std::size_t c = 0; c < g.c; ++c)
-        for (std::size_t z = 0; z < g.z; ++z)
-          for (std::size_t y = 0; y < g.y; ++y)
-            function(image.getRow<unsigned char>(y, z, c, t), g.x * getSampleSize(image.getBufferType()));
-  }
-
   ImagePtr place(const Image& image) {
     const ImageGeometry& g = image.getGeometry();
     const auto type = image.getBufferType();
@@ -104,20 +94,6 @@ private:
   const std::size_t _gap;
   const bool _atEnd, _upsideDown;
   std::vector<Placed> _placed;
-};
-
-/// Inputs as they are, outputs as copies.
-class Dense final : public Placement {
-public:
-  ImagePtr placeInput(const Image& image) override { return copyOf(image); }
-  ImagePtr placeOutput(const Image& image) override { return copyOf(image); }
-
-private:
-  static ImagePtr copyOf(const Image& image) {
-    const ImagePtr result = Image::create(image.getGeometry(), image.getBufferType());
-    image::copySamples(image, *result);
-    return result;
-  }
 };
 
 void checkCall(Bytes& bytes) {

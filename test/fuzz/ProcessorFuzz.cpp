@@ -6,31 +6,21 @@
 namespace vexo::fuzz {
 namespace {
 
-class Plain final : public Placement {
+/// Images with gaps between their rows.
+class Gaps final : public Placement {
 public:
-  explicit Plain(std::size_t gap) : _gap(gap) {}
-  ImagePtr placeInput(const Image& image) override { return place(image); }
-  ImagePtr placeOutput(const Image& image) override { return place(image); }
+  explicit Gaps(std::size_t offset) : _offset(offset) {}
+  ImagePtr placeInput(const Image& image) override { return withGaps(image, _offset); }
+  ImagePtr placeOutput(const Image& image) override { return withGaps(image, _offset); }
 
 private:
-  /// Rows lie `_gap` samples apart, and so the first one begins.
-  ImagePtr place(const Image& image) const {
-    ImageGeometry wide = image.getGeometry();
-    wide.x += _gap;
-    const ImagePtr memory = Image::create(wide, image.getBufferType());
-    auto* data = static_cast<unsigned char*>(memory->getData()) + _gap * getSampleSize(image.getBufferType());
-    const ImagePtr result =
-        Image::wrap(data, image.getGeometry(), image.getBufferType(), memory->getStrides(), memory);
-    image::copySamples(image, *result);
-    return result;
-  }
-
-  const std::size_t _gap;
+  const std::size_t _offset;
 };
 
 void checkCall(Bytes& bytes) {
   const RandomCall call(bytes);
-  Plain dense(0), gaps(1 + bytes.below(7));
+  Dense dense;
+  Gaps gaps(1 + bytes.below(7));
   forceInstructionSets({eIS_Standard});
   const Outcome reference = call.run(dense, 1);
   const auto requireSame = [&](const Outcome& other, const std::string& what) {
@@ -40,12 +30,13 @@ void checkCall(Bytes& bytes) {
     forceInstructionSets(sets);
     const std::size_t threads = bytes.oneIn(2) ? 3 : 1;
     const bool hasGaps = bytes.oneIn(2);
-    requireSame(call.run(hasGaps ? gaps : dense, threads),
-                std::to_string(threads) + " of " + core::toString(sets) + (hasGaps ? " with gaps" : ""));
+    requireSame(
+        call.run(hasGaps ? static_cast<Placement&>(gaps) : dense, threads),
+        std::to_string(threads) + " of " + core::toString(sets.getSets()) + (hasGaps ? " with gaps" : ""));
   }
   forceInstructionSets(offeredSets()[bytes.below(offeredSets().size())]);
   for (const std::size_t place : call.findPlaces(reference))
-    requireSame(call.run(bytes.oneIn(2) ? gaps : dense, 1 + bytes.below(3), place),
+    requireSame(call.run(bytes.oneIn(2) ? static_cast<Placement&>(gaps) : dense, 1 + bytes.below(3), place),
                 "in place of input " + std::to_string(place + 1));
 }
 

@@ -2,51 +2,15 @@
 
 // A call of a processor with random attributes and images, decided by the bytes of an input.
 
-#include <algorithm>
 #include <functional>
-#include <set>
 #include <utility>
-#include <vector>
 
 #include "Fuzz.h"
-#include "VEXOProcessing/ProcessingAlgorithm.h"
-#include "VEXOProcessing/ProcessorFactory.h"
-#include "VEXOSerialization/JsonArchive.h"
+#include "tools/Filters.h"
 
 namespace vexo::fuzz {
 
-using image::eImageBufferType;
-using image::Image;
-using image::ImageGeometry;
-using ImagePtr = boost::shared_ptr<Image>;
-
-/// What to restrict kernels to: each instruction set of this machine. Not every kernel is there for each set:
-/// the portable ones fill in.
-inline const std::vector<std::set<eInstructionSet>>& offeredSets() {
-  static const auto offered = [] {
-    std::vector<std::set<eInstructionSet>> sets;
-    for (const eInstructionSet set : {eIS_Standard, eIS_AVX, eIS_AVX2, eIS_AVX512})
-      if (core::isAvailable(set)) sets.push_back({eIS_Standard, set});
-    return sets;
-  }();
-  return offered;
-}
-
-/// Restricts all kernels to these instruction sets.
-inline void forceInstructionSets(const std::set<eInstructionSet>& sets) {
-  using processor::BaseProcessingAlgorithm;
-  using processor::ProcessorFactory;
-  static const auto algorithms = [] {
-    std::vector<boost::shared_ptr<BaseProcessingAlgorithm>> found;
-    for (const std::string& name : ProcessorFactory::getTypeNames())
-      if (const auto one =
-              boost::dynamic_pointer_cast<BaseProcessingAlgorithm>(ProcessorFactory::createProcessor(name)))
-        found.push_back(one);
-    return found;
-  }();
-  for (const auto& algorithm : algorithms)
-    algorithm->forceInstructionSets(processor::InstructionSetsIdentifier(sets));
-}
+using namespace test;
 
 /// Numbers that do not come from the bytes one by one, because there are too many.
 class Random {
@@ -147,7 +111,8 @@ class RandomText {
 public:
   explicit RandomText(Bytes& bytes) : _bytes(bytes) {}
 
-  std::string make(const std::string& name, const std::string& type) {
+  std::string make(const processor::BaseAttribute& attribute) {
+    const std::string &name = attribute.getName(), type = attribute.getValueTypeName();
     if (_bytes.oneIn(64)) return _bytes.text(_bytes.below(24));
     if (const std::size_t bar = type.find('|'); bar != std::string::npos) return oneName(type);
     if (type == "bool") return _bytes.oneIn(2) ? "true" : "false";
@@ -161,7 +126,9 @@ public:
     if (type == "Range") return range();
     if (type == "GaussianCoverage") return share() + "," + count(name);
     if (type == "BorderPolicy" || type == "Border2dPolicy" || type == "Border3dPolicy") return border();
-    fail("no texts are made for values of " + type + ", as " + name + " has");
+    const ParameterValues& values = valuesOf(attribute);
+    const std::size_t choice = _bytes.below(2 + values.refused.size());
+    return choice < 2 ? values.taken[choice] : values.refused[choice - 2];
   }
 
 private:
@@ -232,8 +199,7 @@ private:
 /// What comes out of a run: that it was refused, or images and the texts of other outputs.
 struct Outcome {
   std::string refusal;
-  std::vector<boost::shared_ptr<const Image>> images;
-  std::string items;
+  Result result;
 };
 
 /// How the images of a run lie in memory, and what the run must leave alone there.
@@ -246,10 +212,19 @@ public:
   virtual ImagePtr placeOutput(const Image& image) = 0;
 };
 
+/// Without gaps.
+class Dense final : public Placement {
+public:
+  ImagePtr placeInput(const Image& image) override { return copyOf(image); }
+  ImagePtr placeOutput(const Image& image) override { return copyOf(image); }
+};
+
 class RandomCall {
 public:
   explicit RandomCall(Bytes& bytes) {
-    _className = firstLevels()[bytes.below(firstLevels().size())];
+    static const std::vector<std::string> names = filterNames();
+    require(!names.empty(), "no processor is loaded");
+    _className = names[bytes.below(names.size())];
     const auto processor = create();
     const ImageGeometry geometry = randomGeometry(bytes);
     const eImageBufferType type = randomType(bytes);
@@ -262,7 +237,7 @@ public:
       else if (image && !attribute->isOptional() && bytes.oneIn(2))
         _outputs.emplace_back(name, Image::create(geometry, bytes.oneIn(2) ? randomType(bytes) : type));
       else if (!image && attribute->isInput() && !(attribute->isOptional() && bytes.oneIn(3)))
-        _texts.emplace_back(name, texts.make(name, attribute->getValueTypeName()));
+        _texts.emplace_back(name, texts.make(*attribute));
     }
     // What a run leaves out shows.
     for (const auto& [name, output] : _outputs) fillSamples(*output, bytes);
@@ -271,9 +246,9 @@ public:
   /// Inputs whose memory can take the output of this outcome.
   std::vector<std::size_t> findPlaces(const Outcome& outcome) const {
     std::vector<std::size_t> places;
-    for (std::size_t i = 0; i < _inputs.size() && outcome.images.size() == 1; ++i)
-      if (_inputs[i].second->getGeometry() == outcome.images[0]->getGeometry() &&
-          _inputs[i].second->getBufferType() == outcome.images[0]->getBufferType())
+    for (std::size_t i = 0; i < _inputs.size() && outcome.result.images.size() == 1; ++i)
+      if (_inputs[i].second->getGeometry() == outcome.result.images[0]->getGeometry() &&
+          _inputs[i].second->getBufferType() == outcome.result.images[0]->getBufferType())
         places.push_back(i);
     return places;
   }
@@ -295,22 +270,13 @@ public:
         setImage(*processor, name, placed);
       }
       if (shared)
-        setImage(*processor, findOutput(*processor), shared);
+        imageOutput(*processor)->setImage(shared);
       else
         for (const auto& [name, image] : _outputs) setImage(*processor, name, placement.placeOutput(*image));
       processor->setThreadLimit(threads);
       processor::executeSyncRun(processor);
     });
-    if (!outcome.refusal.empty()) return outcome;
-    JsonOArchive archive;
-    for (const auto& attribute : processor->getAttributes()) {
-      if (!attribute->isOutput() || !attribute->isSet()) continue;
-      if (const auto* image = dynamic_cast<const processor::BaseImageAttribute*>(attribute.get()))
-        outcome.images.push_back(boost::dynamic_pointer_cast<const Image>(image->getImage()));
-      else
-        attribute->write(archive);
-    }
-    outcome.items = archive.getText();
+    if (outcome.refusal.empty()) outcome.result = resultOf(*processor);
     return outcome;
   }
 
@@ -324,17 +290,6 @@ public:
   }
 
 private:
-  static const std::vector<std::string>& firstLevels() {
-    static const auto names = [] {
-      std::vector<std::string> found;
-      for (const std::string& name : processor::ProcessorFactory::getTypeNames())
-        if (name.size() > 4 && name.compare(name.size() - 4, 4, "Lvl1") == 0) found.push_back(name);
-      return found;
-    }();
-    require(!names.empty(), "no processor is loaded");
-    return names;
-  }
-
   boost::shared_ptr<processor::BaseProcessor> create() const {
     const auto processor = processor::ProcessorFactory::createProcessor(_className);
     require(processor->init().isOk(), _className + " cannot be initialised");
@@ -343,8 +298,7 @@ private:
 
   static ImagePtr makeInput(Bytes& bytes, const std::string& name, ImageGeometry geometry,
                             eImageBufferType type) {
-    const bool isMask = name.find("Mask") != std::string::npos || name.find("Bin") != std::string::npos;
-    if (isMask) type = eImageBufferType::UInt8;
+    if (isMask(name)) type = eImageBufferType::UInt8;
     if (bytes.oneIn(8)) type = randomType(bytes);
     if (bytes.oneIn(64)) geometry = randomGeometry(bytes);
     const ImagePtr image = Image::create(geometry, type);
@@ -355,13 +309,6 @@ private:
   static void setImage(processor::BaseProcessor& processor, const std::string& name, const ImagePtr& image) {
     boost::dynamic_pointer_cast<processor::BaseImageAttribute>(processor.findAttribute(name))
         ->setImage(image);
-  }
-  static std::string findOutput(const processor::BaseProcessor& processor) {
-    for (const auto& attribute : processor.getAttributes())
-      if (dynamic_cast<const processor::BaseImageAttribute*>(attribute.get()) && attribute->isOutput() &&
-          !attribute->isOptional())
-        return attribute->getName();
-    fail(processor.getObjectName() + " has no output");
   }
   static std::string describe(const std::string& name, const Image& image) {
     return " " + name + ": " + toString(image.getGeometry()) + " " + toString(image.getBufferType());
@@ -375,12 +322,8 @@ private:
 /// Refused alike, or equal in every bit.
 inline void requireEqual(const Outcome& one, const Outcome& other, const std::string& what) {
   require(one.refusal == other.refusal, what + ": '" + one.refusal + "' and '" + other.refusal + "'");
-  require(one.items == other.items, what + ": " + one.items + " and " + other.items);
-  require(one.images.size() == other.images.size(), what + ": other outputs");
-  for (std::size_t i = 0; i < one.images.size(); ++i) {
-    const std::string difference = findDifference(*one.images[i], *other.images[i]);
-    require(difference.empty(), what + ": " + difference);
-  }
+  const std::string difference = findDifference(one.result, other.result);
+  require(difference.empty(), what + ": " + difference);
 }
 
 }  // namespace vexo::fuzz

@@ -72,8 +72,7 @@ struct CallForms<P, Outputs<Result, Outs...>, In...> {
 
   /// Waits for a run in the background and reads its outputs; throws the failure of the run when it failed.
   static Output await(const boost::shared_ptr<P>& processor) {
-    awaitRun(processor.get());
-    return Outputs<Result, Outs...>::read(*processor);
+    return Outputs<Result, Outs...>::read(static_cast<const P&>(awaitRun(processor.get())));
   }
 
 private:

@@ -93,25 +93,28 @@ VEXO_API image::StripMargins kernelMargins(const KernelXYZ& kernel);
 class VEXO_API StripCutter {
 public:
   using Extent = processor::BaseDynamicSplit::Extent;
-  /// Throws when the image is not in the memory of the host; the error names the attribute.
-  StripCutter(boost::shared_ptr<const image::BaseImage> image, image::eStripParsingDirection direction,
+  /// To read, and to write. Throws when the image is not in the memory of the host; the error names the
+  /// attribute.
+  StripCutter(const image::ConstImagePtr& image, image::eStripParsingDirection direction,
               image::eStripAllocationType allocation, const image::StripMargins& margins,
               const std::string& attributeName);
+  StripCutter(const image::ImagePtr& image, image::eStripParsingDirection direction,
+              image::eStripAllocationType allocation, const std::string& attributeName);
 
   Extent getExtent() const;
   /// Tells the cut. Strips to read in place keep copies of what other strips write.
-  void prepareToRead(const image::StripBounds& bounds);
-  void prepareToWrite(const image::StripBounds& bounds) { _bounds = bounds; }
+  void prepare(const image::StripBounds& bounds);
   boost::shared_ptr<const image::InputStrip> getInput(std::size_t index) const;
   boost::shared_ptr<image::OutputStrip> getOutput(std::size_t index) const;
 
 private:
   image::eStripParsingDirection copiedAxis() const;
 
-  boost::shared_ptr<const image::BaseImage> _image;
+  image::ConstImagePtr _image;
+  image::ImagePtr _target;  ///< null to read
   image::eStripParsingDirection _direction;
   image::eStripAllocationType _allocation;
-  image::StripMargins _margins;
+  image::StripMargins _margins = {};
   image::StripBounds _bounds;
   boost::shared_ptr<const image::StripMarginCopies> _copies;
 };
@@ -124,15 +127,10 @@ public:
   using Extent = typename processor::BaseDynamicSplit::Extent;
   ImageStripSplit(const boost::shared_ptr<Img>& image, image::eStripAllocationType allocation,
                   const image::StripMargins& margins = {})
-      : _cutter(image, direction, allocation, margins, A::info().name) {}
+      : _cutter(makeCutter(image, allocation, margins)) {}
 
   std::optional<Extent> getExtent() const override { return _cutter.getExtent(); }
-  void prepare(const image::StripBounds& bounds) override {
-    if constexpr (std::is_const_v<Img>)
-      _cutter.prepareToRead(bounds);
-    else
-      _cutter.prepareToWrite(bounds);
-  }
+  void prepare(const image::StripBounds& bounds) override { _cutter.prepare(bounds); }
 
 protected:
   typename A::StorageType getValue(std::size_t i) const override {
@@ -143,6 +141,14 @@ protected:
   }
 
 private:
+  static StripCutter makeCutter(const boost::shared_ptr<Img>& image, image::eStripAllocationType allocation,
+                                const image::StripMargins& margins) {
+    if constexpr (std::is_const_v<Img>)
+      return {image, direction, allocation, margins, A::info().name};
+    else
+      return {image, direction, allocation, A::info().name};
+  }
+
   StripCutter _cutter;
 };
 

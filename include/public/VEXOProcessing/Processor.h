@@ -197,6 +197,6 @@ private:
 VEXO_API void executeSyncRun(const boost::shared_ptr<BaseProcessor>& processor);
 
 /// Waits for a run in the background; throws the failure of the run when it failed.
-VEXO_API void awaitRun(BaseProcessor* processor);
+VEXO_API BaseProcessor& awaitRun(BaseProcessor* processor);
 
 }  // namespace vexo::processor

@@ -10,7 +10,8 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dMaskImg/MeanSmoothing2dMaskImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dImg/MeanSmoothing3dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing3dMaskImg/MeanSmoothing3dMaskImgLvl1.h"
-#include "VEXOIPL/VEXOIPLFiltering/TestImages.h"
+#include "tools/Filters.h"
+#include "tools/ImageChecks.h"
 
 namespace vexo::imaproc::filter {
 namespace {
@@ -23,8 +24,7 @@ TEST(OneSampleWindows, KeepIntegersOf32Bits) {
   identity->insert({0, 0}, 1);
   const auto coverage = attr::InOptSmoothingGaussianCoverage::defaultValue();
   const ImageGeometry size{37, 5, 3};
-  const ImagePtr mask = Image::create(size, eImageBufferType::Int8);
-  forEachSample(size, [&](auto x, auto y, auto z, auto, auto) { setSample(*mask, -1, x, y, z); });
+  const ImagePtr mask = constantImage(size, eImageBufferType::Int8, -1);
   const std::vector<std::function<void(const ImagePtr&, const ImagePtr&)>> filters = {
       [](const auto& in, const auto& out) { meanSmoothing2dImg(in, 0, 0, out); },
       [](const auto& in, const auto& out) { meanSmoothing3dImg(in, 0, 0, 0, out); },
@@ -36,23 +36,19 @@ TEST(OneSampleWindows, KeepIntegersOf32Bits) {
   for (const auto type : {eImageBufferType::UInt32, eImageBufferType::Int32})
     for (const auto outType : allTypes()) {
       if (outType == eImageBufferType::Real32) continue;
-      const ImagePtr in = Image::create(size, type);
       const double most = type == eImageBufferType::UInt32 ? 4294967295.0 : 2147483647.0;
-      forEachSample(size, [&](auto x, auto y, auto z, auto, auto) {
-        setSample(*in, most - 16777217.0 * static_cast<double>(x % 120) - static_cast<double>(y + 5 * z), x,
-                  y, z);
+      const ImagePtr in = makeImage(size, type, [&](auto x, auto y, auto z, auto...) {
+        return most - 16777217.0 * static_cast<double>(x % 120) - static_cast<double>(y + 5 * z);
       });
       for (std::size_t i = 0; i < filters.size(); ++i) {
         const ImagePtr out = Image::create(size, outType);
         filters[i](in, out);
+        SCOPED_TRACE("filter " + std::to_string(i) + " to " + image::toString(outType));
         image::visitBufferType(outType, [&](auto zero) {
           using T = decltype(zero);
-          forEachSample(size, [&](auto x, auto y, auto z, auto, auto) {
-            const double kept =
-                sizeof(T) < 4 ? std::min(getSample(*in, x, y, z), 2147483647.0) : getSample(*in, x, y, z);
-            const auto value = static_cast<T>(static_cast<long long>(kept));
-            ASSERT_EQ(getSample(*out, x, y, z), static_cast<double>(value))
-                << "filter " << i << " to " << image::toString(outType) << " x " << x;
+          expectSamples(*out, [&](auto... at) {
+            const double kept = std::min(getSample(*in, at...), sizeof(T) < 4 ? 2147483647.0 : 4294967295.0);
+            return static_cast<double>(static_cast<T>(static_cast<long long>(kept)));
           });
         });
       }
@@ -65,7 +61,7 @@ TEST(StoredLines, OfLargeImagesAreComplete) {
   const ImagePtr out = withGaps(*in, 3), same = copyOf(*in);
   meanSmoothing2dImg(same, 2, 2, same);
   for (const auto& sets : offeredSets()) {
-    const ForcedSets forced("vexo::imaproc::filter::MeanSmoothing2dImgLvl3", sets);
+    const ForcedSets forced(sets);
     image::copySamples(*in, *out);
     meanSmoothing2dImg(in, 2, 2, out);
     EXPECT_TRUE(sameBits(*out, *same)) << core::toString(sets.getSets());
@@ -79,8 +75,7 @@ TEST(StoredLines, HoldOneKindOfNan) {
   setSample(*in, -std::numeric_limits<double>::quiet_NaN(), 90, 60, 2);
   ImagePtr expected;
   for (const auto& sets : offeredSets()) {
-    const ForcedSets planes("vexo::imaproc::filter::MeanSmoothing2dImgLvl3", sets);
-    const ForcedSets slices("vexo::imaproc::filter::MeanSmoothingZ3dImgLvl3", sets);
+    const ForcedSets forced(sets);
     const ImagePtr out = copyOf(*in);
     meanSmoothing3dImg(in, 3, 2, 1, out);
     if (!expected) expected = out;

@@ -3,11 +3,10 @@
 // What a Gaussian smoothing must give, computed in double with bounds; shared by the 2d and 3d tests.
 
 #include <array>
-#include <cmath>
-#include <functional>
 
-#include "VEXOIPL/VEXOIPLFiltering/TestImages.h"
 #include "VEXOProcessing/Attributes.h"
+#include "tools/Filters.h"
+#include "tools/ImageChecks.h"
 
 namespace vexo::test {
 
@@ -82,7 +81,8 @@ private:
       double magnitude = 0;
       for (int d = -half; d <= half; ++d) {
         Position at = centre;
-        at[pass.axis] = mirrored(static_cast<std::ptrdiff_t>(centre[pass.axis]) + d, sizes[pass.axis]);
+        at[pass.axis] = static_cast<std::size_t>(foldIndex(
+            image::eBorder::Mirror, static_cast<std::ptrdiff_t>(centre[pass.axis]) + d, sizes[pass.axis]));
         const Bounds& value = _bounds[indexOf(at)];
         const double weight = weights[static_cast<std::size_t>(half + d)] / sum;
         total.low += weight * value.low;
@@ -130,22 +130,6 @@ private:
 inline boost::shared_ptr<const imaproc::attr::GaussianCoverage> gaussianCoverage(float coverage = 0.997f,
                                                                                  std::uint32_t maxHalf = 0) {
   return boost::make_shared<const imaproc::attr::GaussianCoverage>(coverage, maxHalf);
-}
-
-/// A call that must throw a message with these words.
-struct RefusedCall {
-  std::function<void()> run;
-  const char* words;
-};
-inline void expectRefused(const std::vector<RefusedCall>& calls) {
-  for (const RefusedCall& call : calls) {
-    try {
-      call.run();
-      ADD_FAILURE() << call.words << ": nothing was thrown";
-    } catch (const BaseException& failure) {
-      EXPECT_NE(failure.getMessage().find(call.words), std::string::npos) << failure.what();
-    }
-  }
 }
 
 }  // namespace vexo::test
