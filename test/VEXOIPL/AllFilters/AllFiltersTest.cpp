@@ -137,6 +137,27 @@ TEST_P(AllFilters, GiveTheSameBitsOnEveryInstructionSetForAllTypes) {
     }
 }
 
+TEST_P(AllFilters, GiveTheSameBitsForNanAndInfinities) {
+  const double odd[] = {NAN, -NAN, INFINITY, -INFINITY, 3e38, -3e38};
+  for (const std::size_t choice : {0, 1}) {
+    const FilterPtr given = make({75, 33, 3}, real32, choice);
+    std::mt19937 random(5);
+    for (const auto& input : imageInputs(*given)) {
+      const ImagePtr image = imageIn(*input);
+      if (isMask(input->getName())) continue;
+      forEachSample(image->getGeometry(), [&](auto... at) {
+        if (random() % 300 == 0) setSample(*image, odd[random() % 6], at...);
+      });
+    }
+    for (const auto out : outputsOf(real32)) {
+      const Result expected = runOn({eIS_Standard}, makeLike(*given, out));
+      for (const auto& sets : offeredSets())
+        EXPECT_TRUE(sameResult(runOn(sets, makeLike(*given, out)), expected))
+            << core::toString(sets.getSets()) << " to " << toString(out);
+    }
+  }
+}
+
 // Images that are cut into several strips, of rows and of slices.
 TEST_P(AllFilters, GiveTheSameBitsInPlaceAndOnAnyNumberOfThreads) {
   for (const ImageGeometry& g : {ImageGeometry{40, 150, 2}, {11, 9, 140, 1, 2}})

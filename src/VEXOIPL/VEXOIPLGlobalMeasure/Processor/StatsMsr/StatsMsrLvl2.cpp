@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vexo::imaproc::glbmsr {
 namespace {
@@ -24,14 +25,19 @@ void fillFrom(const IntegerSums& sums, attr::StatsResult& result) {
   result.count.setValue(count);
 }
 
+/// One NaN for all: which sign it has depends on the order of the additions.
+double oneNan(double value) {
+  return std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value;
+}
+
 void fillFrom(const RealSums& sums, attr::StatsResult& result) {
   const bool onlyNan = sums.minimum > sums.maximum;
-  const double count = static_cast<double>(sums.count), total = valueOf(sums.sum);
+  const double count = static_cast<double>(sums.count), total = oneNan(valueOf(sums.sum));
   // + 0.0: which of the two zeros was met first says nothing.
   result.minimum.setValue(onlyNan ? 0.0 : sums.minimum + 0.0);
   result.maximum.setValue(onlyNan ? 0.0 : sums.maximum + 0.0);
   result.mean.setValue(total / count);
-  result.standardDeviation.setValue(std::sqrt(std::max(valueOf(sums.squares), 0.0) / count));
+  result.standardDeviation.setValue(oneNan(std::sqrt(std::max(valueOf(sums.squares), 0.0) / count)));
   result.sum.setValue(total);
   result.count.setValue(count);
 }
