@@ -1,7 +1,6 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/GaussianSmoothing2dImg/GaussianSmoothing2dImgLvl1.h"
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution2dImg/Convolution2dImgLevels.h"
-#include "VEXOMath/Gaussian.h"
 #include "VEXOProcessing/Call.h"
 
 namespace vexo::imaproc::filter {
@@ -17,50 +16,24 @@ using CallWithCoverage =
 
 }  // namespace
 
-// The kernel builder refuses the same values, but only when the output exists already.
-processor::RulePtr GaussianSmoothing2dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg>(), accessAttribute<attr::OutImg>()) &&
-         processor::makeRule([this] {
-           const auto coverage = getStorage<attr::InOptSmoothingGaussianCoverage>();
-           return checkGaussianSmoothing(
-               {{"InStdDevX", getStorage<attr::InStdDevX>()}, {"InStdDevY", getStorage<attr::InStdDevY>()}},
-               coverage->coverage.getValue(), coverage->maxHalfKnlSize.getValue());
-         });
-}
-
-BoolResult GaussianSmoothing2dImgLvl1::preProcess() {
-  const auto coverage = getStorage<attr::InOptSmoothingGaussianCoverage>();
-  _kernelX = boost::make_shared<KernelXY>();
-  _kernelY = boost::make_shared<KernelXY>();
-  separableGaussianSmoothing(getStorage<attr::InStdDevX>(), getStorage<attr::InStdDevY>(),
-                             coverage->coverage.getValue(), coverage->maxHalfKnlSize.getValue(), *_kernelX,
-                             *_kernelY);
-  return true;
+core::ProviderPtr GaussianSmoothing2dImgLvl1::makePass(const core::BasePriority& priority,
+                                                       const image::ConstImagePtr& from,
+                                                       std::size_t axis) const {
+  return dispatchPlanes<Convolution2dImgLvl2>(
+      priority, *this, LevelImages({from}, {getStorage<attr::OutImg>()}), with<attr::InKnlXY>(_kernels[axis]),
+      with<attr::InNormalize>(true), with<attr::InConvolBorder2d>(image::mirorBorder2d()));
 }
 
 BoolResult GaussianSmoothing2dImgLvl1::retrieveFirstProvider(const core::BasePriority& priority,
                                                              core::ProviderPtr& provider) {
-  provider = makePass(priority, getStorage<attr::InImg>(), _kernelY);
+  provider = makePass(priority, getStorage<attr::InImg>(), 1);
   return true;
 }
 
 BoolResult GaussianSmoothing2dImgLvl1::retrieveSecondProvider(const core::BasePriority& priority,
                                                               core::ProviderPtr& provider) {
-  provider = makePass(priority, getStorage<attr::OutImg>(), _kernelX);
+  provider = makePass(priority, getStorage<attr::OutImg>(), 0);
   return true;
-}
-
-void GaussianSmoothing2dImgLvl1::clearIntermediateData() {
-  _kernelX.reset();
-  _kernelY.reset();
-}
-
-core::ProviderPtr GaussianSmoothing2dImgLvl1::makePass(
-    const core::BasePriority& priority, const image::ConstImagePtr& from,
-    const boost::shared_ptr<const KernelXY>& kernel) const {
-  return dispatchPlanes<Convolution2dImgLvl2>(
-      priority, *this, LevelImages({from}, {getStorage<attr::OutImg>()}), with<attr::InKnlXY>(kernel),
-      with<attr::InNormalize>(true), with<attr::InConvolBorder2d>(image::mirorBorder2d()));
 }
 
 image::ImagePtr gaussianSmoothing2dImg(const image::ConstImagePtr& inImg, float stdDev) {

@@ -1,7 +1,6 @@
 #include "VEXOIPL/VEXOIPLFiltering/Processor/GaussianSmoothing3dImg/GaussianSmoothing3dImgLvl1.h"
 
 #include "VEXOIPL/VEXOIPLFiltering/Processor/Convolution3dImg/Convolution3dImgLevels.h"
-#include "VEXOMath/Gaussian.h"
 #include "VEXOProcessing/Call.h"
 
 namespace vexo::imaproc::filter {
@@ -17,59 +16,31 @@ using CallWithCoverage =
 
 }  // namespace
 
-// The kernel builder refuses the same values, but only when the output exists already.
-processor::RulePtr GaussianSmoothing3dImgLvl1::createRule() const {
-  return matchSize(accessAttribute<attr::InImg3d>(), accessAttribute<attr::OutImg>()) &&
-         processor::makeRule([this] {
-           const auto coverage = getStorage<attr::InOptSmoothingGaussianCoverage>();
-           return checkGaussianSmoothing({{"InStdDevX", getStorage<attr::InStdDevX>()},
-                                          {"InStdDevY", getStorage<attr::InStdDevY>()},
-                                          {"InStdDevZ", getStorage<attr::InStdDevZ>()}},
-                                         coverage->coverage.getValue(), coverage->maxHalfKnlSize.getValue());
-         });
-}
-
-BoolResult GaussianSmoothing3dImgLvl1::preProcess() {
-  const auto coverage = getStorage<attr::InOptSmoothingGaussianCoverage>();
-  _kernelX = boost::make_shared<KernelXYZ>();
-  _kernelY = boost::make_shared<KernelXYZ>();
-  _kernelZ = boost::make_shared<KernelXYZ>();
-  separableGaussianSmoothing(getStorage<attr::InStdDevX>(), getStorage<attr::InStdDevY>(),
-                             getStorage<attr::InStdDevZ>(), coverage->coverage.getValue(),
-                             coverage->maxHalfKnlSize.getValue(), *_kernelX, *_kernelY, *_kernelZ);
-  return true;
+core::ProviderPtr GaussianSmoothing3dImgLvl1::makePass(const core::BasePriority& priority,
+                                                       const image::ConstImagePtr& from,
+                                                       std::size_t axis) const {
+  return dispatchVolumes<Convolution3dImgLvl2>(
+      priority, *this, LevelImages({from}, {getStorage<attr::OutImg>()}),
+      with<attr::InKnlXYZ>(_kernels[axis]), with<attr::InNormalize>(true),
+      with<attr::InConvolBorder3d>(image::mirorBorder3d()));
 }
 
 BoolResult GaussianSmoothing3dImgLvl1::retrieveFirstProvider(const core::BasePriority& priority,
                                                              core::ProviderPtr& provider) {
-  provider = makePass(priority, getStorage<attr::InImg3d>(), _kernelX);
+  provider = makePass(priority, getStorage<attr::InImg3d>(), 0);
   return true;
 }
 
 BoolResult GaussianSmoothing3dImgLvl1::retrieveSecondProvider(const core::BasePriority& priority,
                                                               core::ProviderPtr& provider) {
-  provider = makePass(priority, getStorage<attr::OutImg>(), _kernelY);
+  provider = makePass(priority, getStorage<attr::OutImg>(), 1);
   return true;
 }
 
 BoolResult GaussianSmoothing3dImgLvl1::retrieveThirdProvider(const core::BasePriority& priority,
                                                              core::ProviderPtr& provider) {
-  provider = makePass(priority, getStorage<attr::OutImg>(), _kernelZ);
+  provider = makePass(priority, getStorage<attr::OutImg>(), 2);
   return true;
-}
-
-void GaussianSmoothing3dImgLvl1::clearIntermediateData() {
-  _kernelX.reset();
-  _kernelY.reset();
-  _kernelZ.reset();
-}
-
-core::ProviderPtr GaussianSmoothing3dImgLvl1::makePass(
-    const core::BasePriority& priority, const image::ConstImagePtr& from,
-    const boost::shared_ptr<const KernelXYZ>& kernel) const {
-  return dispatchVolumes<Convolution3dImgLvl2>(
-      priority, *this, LevelImages({from}, {getStorage<attr::OutImg>()}), with<attr::InKnlXYZ>(kernel),
-      with<attr::InNormalize>(true), with<attr::InConvolBorder3d>(image::mirorBorder3d()));
 }
 
 image::ImagePtr gaussianSmoothing3dImg(const image::ConstImagePtr& inImg3d, float stdDev) {

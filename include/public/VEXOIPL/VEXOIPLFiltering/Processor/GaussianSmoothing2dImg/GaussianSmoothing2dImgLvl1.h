@@ -1,32 +1,24 @@
 #pragma once
 
-#include "VEXOIPL/VEXOIPLFiltering/Attribute/GaussianAttributes.h"
+#include "VEXOIPL/VEXOIPLFiltering/Gaussian/GaussianClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOMath/Kernel.h"
-#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: makes one kernel for each axis and has the convolution apply them one after the
 /// other, the first from the input into the output, the others in place on the output.
 class VEXO_API GaussianSmoothing2dImgLvl1 final
-    : public FilterClass<GaussianSmoothing2dImgLvl1, processor::BaseAsync2Processor> {
+    : public GaussianClass<GaussianSmoothing2dImgLvl1, processor::BaseAsync2Processor, KernelXY> {
 public:
   using Attributes = processor::AttributeList<attr::InImg, attr::InStdDevX, attr::InStdDevY,
                                               attr::InOptSmoothingGaussianCoverage, attr::OutImg>;
   static constexpr auto toolTipId = eProcessorMessage::GaussianSmoothing2dImgLvl1;
 
 private:
-  processor::RulePtr createRule() const override;
-  BoolResult preProcess() override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   BoolResult retrieveSecondProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
-  void clearIntermediateData() override;
-
   core::ProviderPtr makePass(const core::BasePriority& priority, const image::ConstImagePtr& from,
-                             const boost::shared_ptr<const KernelXY>& kernel) const;
-
-  boost::shared_ptr<KernelXY> _kernelX, _kernelY;
+                             std::size_t axis) const;
 };
 
 /// Gaussian smoothing: each plane of a volume, of a multi-channel image or of a time series is smoothed on

@@ -1,16 +1,14 @@
 #pragma once
 
-#include "VEXOIPL/VEXOIPLFiltering/Attribute/GaussianAttributes.h"
+#include "VEXOIPL/VEXOIPLFiltering/Gaussian/GaussianClass.h"
 #include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOMath/Kernel.h"
-#include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::filter {
 
 /// Level 1, the whole image: makes one kernel for each axis and has the convolution apply them one after the
 /// other, the first from the input into the output, the others in place on the output.
 class VEXO_API GaussianSmoothing3dImgLvl1 final
-    : public FilterClass<GaussianSmoothing3dImgLvl1, processor::BaseAsync3Processor> {
+    : public GaussianClass<GaussianSmoothing3dImgLvl1, processor::BaseAsync3Processor, KernelXYZ> {
 public:
   using Attributes =
       processor::AttributeList<attr::InImg3d, attr::InStdDevX, attr::InStdDevY, attr::InStdDevZ,
@@ -18,17 +16,11 @@ public:
   static constexpr auto toolTipId = eProcessorMessage::GaussianSmoothing3dImgLvl1;
 
 private:
-  processor::RulePtr createRule() const override;
-  BoolResult preProcess() override;
   BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   BoolResult retrieveSecondProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   BoolResult retrieveThirdProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
-  void clearIntermediateData() override;
-
   core::ProviderPtr makePass(const core::BasePriority& priority, const image::ConstImagePtr& from,
-                             const boost::shared_ptr<const KernelXYZ>& kernel) const;
-
-  boost::shared_ptr<KernelXYZ> _kernelX, _kernelY, _kernelZ;
+                             std::size_t axis) const;
 };
 
 /// Gaussian smoothing of each volume, along X, then Y, then Z; colour planes and time frames are smoothed on

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/GaussianAttributes.h"
+#include "VEXOMath/Kernel.h"
+#include "VEXOProcessing/FilterClass.h"
+
+namespace vexo::imaproc::filter {
+
+/// Refuses what makes no kernel: the builder refuses the same values, but only when the output exists
+/// already.
+VEXO_API processor::RulePtr gaussianRule(const processor::BaseProcessor& level1);
+/// The kernels along X, Y and, for volumes, Z.
+VEXO_API void makeGaussianKernels(const processor::BaseProcessor& level1,
+                                  std::vector<boost::shared_ptr<const KernelXY>>& kernels);
+VEXO_API void makeGaussianKernels(const processor::BaseProcessor& level1,
+                                  std::vector<boost::shared_ptr<const KernelXYZ>>& kernels);
+
+/// What the Gaussian smoothings of planes and volumes have in common: a kernel for each axis, made for the
+/// run.
+template <class Derived, class Base, class Kernel>
+class VEXO_API GaussianClass : public FilterClass<Derived, Base> {
+protected:
+  processor::RulePtr createRule() const override { return matchSizes(*this) && gaussianRule(*this); }
+  BoolResult preProcess() override {
+    makeGaussianKernels(*this, _kernels);
+    return true;
+  }
+  void clearIntermediateData() override { _kernels.clear(); }
+
+  std::vector<boost::shared_ptr<const Kernel>> _kernels;
+};
+
+}  // namespace vexo::imaproc::filter
