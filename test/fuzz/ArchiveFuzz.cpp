@@ -4,8 +4,9 @@
 #include <vector>
 
 #include "Fuzz.h"
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/GaussianAttributes.h"
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/MedianAttributes.h"
 #include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
-#include "VEXOProcessing/Attributes.h"
 #include "VEXOProcessing/ProcessorFactory.h"
 #include "VEXOSerialization/JsonArchive.h"
 
