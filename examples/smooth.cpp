@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
     const boost::shared_ptr<image::Image> input = image::io::readImage(argv[1]);
 
     // A new image of the input's size and type.
-    const image::ImagePtr smooth = imaproc::filter::meanSmoothing2dImg(input, half, half);
+    const boost::shared_ptr<image::BaseImage> smooth = imaproc::filter::meanSmoothing2dImg(input, half, half);
 
     // An output of another type, made by the caller, filled in the background.
     const auto fractional = image::Image::create(input->getGeometry(), image::eImageBufferType::Real32);
