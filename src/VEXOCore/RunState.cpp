@@ -19,7 +19,7 @@ void RunState::throwIfStopped() const {
     std::unique_lock<std::mutex> lock(_mutex);
     if (_failure) std::rethrow_exception(_failure);
   }
-  raiseError(VEXO_HERE, "VEXOCore", "the run of ", _name, " was cancelled");
+  raise<CancelledException>("VEXOCore", VEXO_HERE, "the run of " + _name + " was cancelled");
 }
 
 void RunState::addProgress(double part) {
