@@ -10,7 +10,7 @@ namespace vexo::core {
 void RunState::fail(std::exception_ptr failure) {
   std::unique_lock<std::mutex> lock(_mutex);
   if (!_failure) _failure = std::move(failure);
-  _failed = true;
+  _stopped = 1;
 }
 
 void RunState::throwIfStopped() const {
