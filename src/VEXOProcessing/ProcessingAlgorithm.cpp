@@ -43,7 +43,8 @@ void BaseProcessingAlgorithm::process(const core::RunShare& share) {
   checkStrips();
   DataTypeIdentifierColl types;
   getDataTypeIdColl(types);
-  const InstructionSetsIdentifier forced = getForcedInstructionSets();
+  InstructionSetsIdentifier forced = getForcedInstructionSets();
+  if (forced.isEmpty()) forced = getForcedInstructionSetsOfAll();
   const AlgorithmFunction function = getFunctionSelector().select(types, forced);
   if (!function.function)
     raiseMessage<BaseException>(
