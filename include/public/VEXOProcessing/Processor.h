@@ -148,6 +148,8 @@ protected:
   virtual void initOutputs(OutputInitializerColl&) const {}
   virtual RulePtr createRule() const { return none(); }
 
+  /// What a step costs beside the others, in any unit: its part of the progress. Asked before each step.
+  virtual double getStepCost(std::size_t) const { return 1; }
   /// Called before and after the work of a run.
   virtual BoolResult preProcess() { return true; }
   virtual void clearIntermediateData() {}

@@ -97,6 +97,13 @@ processor::RulePtr bilateralRule(const processor::BaseProcessor& level1, eBilate
   });
 }
 
+double bilateralStepCost(const processor::BaseProcessor& level1, eBilateralWindow window, std::size_t step) {
+  if (step != 2) return step == 0 ? 1 : 0;
+  const double half =
+      bilateralHalfSize(level1.getStorage<attr::InOptHalfKnlSize>(), level1.getStorage<attr::InSpaceSigma>());
+  return 10 + placesOf(half, window);
+}
+
 core::ProviderPtr measureRange(const image::ConstImagePtr& image,
                                boost::shared_ptr<attr::StatsResult>& statistics) {
   statistics.reset();

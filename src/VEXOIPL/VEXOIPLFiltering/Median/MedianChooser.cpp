@@ -38,6 +38,12 @@ BoolResult MedianChooser::retrieveProvider(const core::BasePriority&, std::size_
   return true;
 }
 
+// Measuring is a small part of any median that follows it.
+double MedianChooser::getStepCost(std::size_t step) const {
+  const bool measures = !chooseByHalfSizes().run;
+  return step == 0 ? 1 : measures ? 40 : 0;
+}
+
 MedianChooser::Step MedianChooser::chooseByRange() {
   _range = makeMeasuredRange(_stats->minimum.getValue(), _stats->maximum.getValue());
   const LevelUse levels = decideLevelUse(inputOf(*this)->getBufferType(),

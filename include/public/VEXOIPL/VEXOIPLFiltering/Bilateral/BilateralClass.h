@@ -16,6 +16,10 @@ enum class eBilateralWindow { Square, Cube, Walk };
 /// Fails when the window of the call is too large.
 VEXO_API processor::RulePtr bilateralRule(const processor::BaseProcessor& level1, eBilateralWindow window);
 
+/// What measuring costs beside the filter, by the samples that are looked at.
+VEXO_API double bilateralStepCost(const processor::BaseProcessor& level1, eBilateralWindow window,
+                                  std::size_t step);
+
 /// The first step of a call: measures the range of an image that is not 8-bit, whose range needs no measure.
 /// The result stays null then.
 VEXO_API core::ProviderPtr measureRange(const image::ConstImagePtr& image,
@@ -41,6 +45,7 @@ protected:
   }
   /// Nothing comes between the measure and the filter.
   BoolResult retrieveSecondProvider(const core::BasePriority&, core::ProviderPtr&) override { return true; }
+  double getStepCost(std::size_t step) const override { return bilateralStepCost(*this, window, step); }
   void clearIntermediateData() override { _statistics.reset(); }
 
   boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image

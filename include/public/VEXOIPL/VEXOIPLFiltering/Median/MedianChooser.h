@@ -33,6 +33,7 @@ protected:
 private:
   processor::ChoiceColl foreseeChoices() const override;
   std::size_t getRepetitionCount() const override { return 2; }
+  double getStepCost(std::size_t step) const override;
   BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t step,
                               core::ProviderPtr& provider) override;
   Step chooseByRange();
