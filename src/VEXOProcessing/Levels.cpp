@@ -78,7 +78,8 @@ private:
   boost::shared_ptr<StripCutter> _cutter;
 };
 
-/// The images in the order in which the attributes of the next level ask for them.
+/// The images in the order in which the attributes of the next level ask for them. An optional one may stay
+/// without.
 class ImageQueue {
 public:
   explicit ImageQueue(const LevelImages& images) : _images(images) {}
@@ -93,14 +94,20 @@ private:
   template <class Images>
   typename Images::value_type next(const Images& images, std::size_t& position,
                                    const BaseAttribute& attribute) {
-    if (position >= images.size() || !images[position])
+    const auto image = position < images.size() ? images[position++] : nullptr;
+    if (!image && !attribute.isOptional())
       raiseError(VEXO_HERE, "VEXOProcessing", attribute.getName(), ": no image is handed to it");
-    return images[position++];
+    return image;
   }
 
   const LevelImages& _images;
   std::size_t _inputs = 0, _outputs = 0;
 };
+
+[[noreturn]] void raiseWrongSplit(const BaseAttribute& attribute) {
+  raiseError(VEXO_HERE, "VEXOProcessing", attribute.getName(),
+             ": the split that is given is of another kind");
+}
 
 SetPiece copyOf(boost::shared_ptr<const BaseAttribute> value) {
   return [value = std::move(value)](BaseAttribute& attribute, std::size_t) { attribute.copyValue(*value); };
@@ -115,14 +122,17 @@ std::vector<boost::shared_ptr<Base>> makeSplits(const BaseProcessor& level, cons
   for (std::size_t i = 0; i < attributes.size(); ++i) {
     const BaseAttribute& attribute = *attributes[i];
     const HandOver from = next.sources[i];
-    if (from.source == eSource::Image)
-      splits.push_back(split(attribute, i));
-    else if (from.source == eSource::Value && attribute.isInput())
+    if (attribute.getInfo().isWorkImage()) continue;
+    if (from.source == eSource::Image) {
+      if (const auto made = split(attribute, i)) splits.push_back(made);
+    } else if (from.source == eSource::Value && attribute.isInput()) {
       splits.push_back(boost::make_shared<Split>(attribute, i, copyOf(level.getAttributes()[from.number])));
-    else if (from.source == eSource::Given && given[from.number].split)
+    } else if (from.source == eSource::Given && given[from.number].split) {
       splits.push_back(boost::dynamic_pointer_cast<Base>(given[from.number].split));
-    else if (from.source == eSource::Given)
+      if (!splits.back()) raiseWrongSplit(attribute);
+    } else if (from.source == eSource::Given) {
       splits.push_back(boost::make_shared<Split>(attribute, i, copyOf(given[from.number].value)));
+    }
   }
   return splits;
 }
@@ -133,9 +143,13 @@ core::ProviderPtr dispatchSubImages(const core::BasePriority& priority, const Ba
                                     const NextLevel& next, const LevelImages& images, eSubImageSplitType type,
                                     const GivenParts& given) {
   ImageQueue queue(images);
-  const auto split = [&](const BaseAttribute& attribute, std::size_t place) {
+  const auto split = [&](const BaseAttribute& attribute,
+                         std::size_t place) -> boost::shared_ptr<StaticSplit> {
+    const image::ConstImagePtr image =
+        attribute.isOutput() ? queue.nextOutput(attribute) : queue.nextInput(attribute);
+    if (!image) return nullptr;
     const auto parts = boost::make_shared<BaseSubImageSplit>();
-    parts->initBase(type, attribute.isOutput() ? queue.nextOutput(attribute) : queue.nextInput(attribute));
+    parts->initBase(type, image);
     const auto set = [parts](BaseAttribute& holder, std::size_t piece) {
       // Inputs take the handle as one to read.
       static_cast<BaseImageAttribute&>(holder).setImage(
@@ -158,11 +172,13 @@ core::ProviderPtr dispatchStrips(const core::BasePriority& priority, const BaseP
                        [&](const auto& other) { return other && image::isSameBuffer(*other, image); });
   };
   ImageQueue queue(images);
-  const auto split = [&](const BaseAttribute& attribute, std::size_t place) {
+  const auto split = [&](const BaseAttribute& attribute,
+                         std::size_t place) -> boost::shared_ptr<DynamicSplit> {
     boost::shared_ptr<StripCutter> cutter;
     SetPiece set;
     if (attribute.isOutput()) {
       const auto image = queue.nextOutput(attribute);
+      if (!image) return nullptr;
       const auto allocation = among(images.inputs, *image) ? inPlace : eStripAllocationType::View;
       cutter = boost::make_shared<StripCutter>(image, direction, allocation, attribute.getName());
       set = [cutter](BaseAttribute& holder, std::size_t piece) {
@@ -170,6 +186,7 @@ core::ProviderPtr dispatchStrips(const core::BasePriority& priority, const BaseP
       };
     } else {
       const auto image = queue.nextInput(attribute);
+      if (!image) return nullptr;
       const auto allocation =
           among(images.outputs, *image) ? eStripAllocationType::OwnBuffer : eStripAllocationType::View;
       cutter = boost::make_shared<StripCutter>(image, direction, allocation, margins, attribute.getName());
@@ -189,23 +206,26 @@ boost::shared_ptr<BaseProcessor> makeChild(const BaseProcessor& level, const Nex
   const boost::shared_ptr<BaseProcessor> child = next.info.createShared();
   child->init(processor::eProcessorRulePolicy::WithRules);
   std::size_t inputs = 0, outputs = 0;
-  const auto setImage = [&](BaseAttribute& attribute) {
-    auto& holder = static_cast<BaseImageAttribute&>(attribute);
-    if (attribute.isOutput()) {
-      if (const auto& image = images.outputs.at(outputs++)) holder.setImage(image);
-    } else if (const auto& image = images.inputs.at(inputs++)) {
-      holder.setImage(boost::const_pointer_cast<image::BaseImage>(image));
-    }
+  // An image that is not there yet stays unset: the child's own checks speak of it.
+  const auto setNext = [](BaseAttribute& attribute, const auto& of, std::size_t& position) {
+    const image::ConstImagePtr image = position < of.size() ? of[position++] : nullptr;
+    if (image)
+      static_cast<BaseImageAttribute&>(attribute).setImage(
+          boost::const_pointer_cast<image::BaseImage>(image));
   };
   for (std::size_t i = 0; i < child->getAttributes().size(); ++i) {
     BaseAttribute& attribute = *child->getAttributes()[i];
     const HandOver from = next.sources[i];
-    if (from.source == eSource::Image)
-      setImage(attribute);
-    else if (from.source == eSource::Value && attribute.isInput())
+    if (from.source == eSource::Image && attribute.isOutput()) {
+      setNext(attribute, images.outputs, outputs);
+    } else if (from.source == eSource::Image) {
+      setNext(attribute, images.inputs, inputs);
+    } else if (from.source == eSource::Value && attribute.isInput()) {
       attribute.copyValue(*level.getAttributes()[from.number]);
-    else if (from.source == eSource::Given)
+    } else if (from.source == eSource::Given) {
+      if (!given[from.number].value) raiseWrongSplit(attribute);
       attribute.copyValue(*given[from.number].value);
+    }
   }
   return child;
 }
@@ -229,22 +249,23 @@ namespace {
 
 class Leaf final : public core::BaseActionProvider {
 public:
-  explicit Leaf(std::function<BoolResult()> work) : _work(std::move(work)) {}
+  Leaf(const BaseProcessor& level, std::function<BoolResult()> work)
+      : _level(level), _work(std::move(work)) {}
   std::size_t prepare() override { return 1; }
   void runPiece(std::size_t, const core::RunShare& share) override {
-    if (const BoolResult done = _work(); !done)
-      raise<BaseException>("VEXOProcessing", VEXO_HERE, done.getMessage());
+    if (const BoolResult done = _work(); !done) _level.raiseFailure(VEXO_HERE, done.getMessage());
     share.done();
   }
 
 private:
+  const BaseProcessor& _level;  ///< which waits for the run
   std::function<BoolResult()> _work;
 };
 
 }  // namespace
 
-core::ProviderPtr makeLeaf(std::function<BoolResult()> work) {
-  return boost::make_shared<Leaf>(std::move(work));
+core::ProviderPtr makeLeaf(const BaseProcessor& level, std::function<BoolResult()> work) {
+  return boost::make_shared<Leaf>(level, std::move(work));
 }
 
 }  // namespace vexo::imaproc

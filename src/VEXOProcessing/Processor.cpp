@@ -90,9 +90,12 @@ boost::shared_ptr<BaseOutputInitializer> BaseProcessor::findInitializer(
 }
 
 void BaseProcessor::requestOutput(const BaseAttribute& output) {
-  if (!findInitializer(output))
+  checkNotRunning();
+  const auto own = findAttribute(output.getName());
+  if (!own) raiseNoSuchAttribute(output.getName());
+  if (!findInitializer(*own))
     fail(VEXO_HERE, eProcessorMessage::NoInitializer, getObjectName(), output.getName());
-  _requested.push_back(&output);
+  if (!isRequested(*own)) _requested.push_back(own.get());
 }
 
 bool BaseProcessor::isRequested(const BaseAttribute& attribute) const {

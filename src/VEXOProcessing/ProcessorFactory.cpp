@@ -2,8 +2,8 @@
 
 #include <log4cplus/logger.h>
 
-#include <boost/thread/mutex.hpp>
 #include <map>
+#include <mutex>
 
 #include "VEXOCore/Quote.h"
 
@@ -11,7 +11,7 @@ namespace vexo::processor {
 namespace {
 
 struct Registry {
-  boost::mutex mutex;
+  std::mutex mutex;
   std::map<std::string, ProcessorFactory::ProcessorInfo> infos;
 };
 
@@ -24,14 +24,14 @@ Registry& registry() {
 }  // namespace
 
 void ProcessorFactory::registerProcessor(const std::string& typeName, const ProcessorInfo& info) {
-  boost::mutex::scoped_lock lock(registry().mutex);
+  const std::lock_guard<std::mutex> lock(registry().mutex);
   registry().infos[typeName] = info;
 }
 
 void ProcessorFactory::unRegisterProcessor(const std::string& typeName) {
   // The library of the class is about to go: no run may be left in its code.
   core::ActionRunner::stopBackgroundRuns();
-  boost::mutex::scoped_lock lock(registry().mutex);
+  const std::lock_guard<std::mutex> lock(registry().mutex);
   registry().infos.erase(typeName);
 }
 
@@ -39,7 +39,7 @@ boost::shared_ptr<BaseProcessor> ProcessorFactory::createProcessor(const std::st
   ProcessorInfo info{};
   std::size_t count = 0;
   {
-    boost::mutex::scoped_lock lock(registry().mutex);
+    const std::lock_guard<std::mutex> lock(registry().mutex);
     count = registry().infos.size();
     const auto found = registry().infos.find(typeName);
     if (found != registry().infos.end()) info = found->second;
@@ -51,12 +51,12 @@ boost::shared_ptr<BaseProcessor> ProcessorFactory::createProcessor(const std::st
 }
 
 bool ProcessorFactory::isRegistered(const std::string& typeName) {
-  boost::mutex::scoped_lock lock(registry().mutex);
+  const std::lock_guard<std::mutex> lock(registry().mutex);
   return registry().infos.count(typeName) != 0;
 }
 
 std::vector<std::string> ProcessorFactory::getTypeNames() {
-  boost::mutex::scoped_lock lock(registry().mutex);
+  const std::lock_guard<std::mutex> lock(registry().mutex);
   std::vector<std::string> names;
   for (const auto& entry : registry().infos) names.push_back(entry.first);
   return names;

@@ -99,7 +99,7 @@ private:
   }
   processor::RulePtr createRule() const override { return imaproc::matchSizes(*this); }
   BoolResult retrieveProvider(const core::BasePriority&, Provider& provider) override {
-    provider = imaproc::makeLeaf([this]() -> BoolResult {
+    provider = imaproc::makeLeaf(*this, [this]() -> BoolResult {
       const image::Image& in = image::hostImage(getStorage<attr::InImg>(), "InImg");
       if (getSample(in, 0, 0) == 13) return BoolResult::failure("13 brings no luck");
       int factor = 2;
@@ -187,6 +187,48 @@ TEST(Outputs, WhatGoesInAndOutIsMadeWhenItIsNotGiven) {
   JsonOArchive withOwn;
   p->write(withOwn);
   EXPECT_NE(withOwn.getText().find("InOutImg"), std::string::npos);
+}
+
+/// Its second level lists an optional image that may not be there.
+class Choosy final : public imaproc::FilterClass<Choosy, processor::BaseAsync1Processor> {
+public:
+  using Attributes = processor::AttributeList<attr::InImg, attr::InOptMask, attr::OutImg, attr::OutOptImg>;
+  static constexpr auto toolTipId = eTestMessage::Steps;
+
+  class Plane final : public processor::ProcessorClass<Plane, processor::BaseProcessor> {
+  public:
+    using Attributes =
+        processor::AttributeList<attr::InPart, attr::InOptMask, attr::OutPart, attr::OutOptImg>;
+    static constexpr auto toolTipId = eTestMessage::Steps;
+
+  private:
+    void process(const core::RunShare& share) override {
+      double value = 1;
+      if (getStorage<attr::InOptMask>()) value += 10;
+      if (const auto second = getStorage<attr::OutOptImg>())
+        setSample(image::hostImage(second, "OutOptImg"), value + 100, 3, 2);
+      setSample(image::hostImage(getStorage<attr::OutPart>(), "OutPart"), value, 3, 2);
+      share.done();
+    }
+  };
+
+private:
+  BoolResult retrieveProvider(const core::BasePriority& priority, Provider& provider) override {
+    provider = imaproc::dispatchPlanes<Plane>(priority, *this);
+    return true;
+  }
+};
+
+TEST(Levels, OptionalImagesThatAreNotThereAreNotHandedOn) {
+  const auto p = makeReady<Choosy>();
+  p->set<attr::InImg>(constant(2));
+  executeSyncRun(p);
+  EXPECT_EQ(valueOf(p->getStorage<attr::OutImg>()), 1);
+  p->set<attr::InOptMask>(constant(0));
+  p->request<attr::OutOptImg>();
+  executeSyncRun(p);
+  EXPECT_EQ(valueOf(p->getStorage<attr::OutImg>()), 11);
+  EXPECT_EQ(valueOf(p->getStorage<attr::OutOptImg>()), 111);
 }
 
 // --- Composites

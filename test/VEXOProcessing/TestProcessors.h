@@ -15,6 +15,35 @@
 #include "VEXOProcessing/ProcessorFactory.h"
 #include "tools/ImageChecks.h"
 
+// Splits and dispatchers by hand, in one expression.
+namespace vexo::imaproc {
+template <class P, class A>
+boost::shared_ptr<SubImageSplit<P, A>> planeSplit(const typename A::StorageType& image) {
+  return boost::make_shared<SubImageSplit<P, A>>(image, eSubImageSplitType::Plane2d);
+}
+template <class P, class A>
+boost::shared_ptr<SubImageSplit<P, A>> volumeSplit(const typename A::StorageType& image) {
+  return boost::make_shared<SubImageSplit<P, A>>(image, eSubImageSplitType::Volume3d);
+}
+}  // namespace vexo::imaproc
+namespace vexo::processor {
+/// Dispatchers in one expression: over the pieces of static splits, and over strips.
+template <class P, class... Splits>
+boost::shared_ptr<core::BaseActionProvider> dispatchPieces(const core::BasePriority& priority,
+                                                           const boost::shared_ptr<Splits>&... splits) {
+  const auto dispatcher = boost::make_shared<StaticProcessorDispatcher<P>>();
+  dispatcher->initBase(priority, {splits...});
+  return dispatcher;
+}
+template <class P, class... Splits>
+boost::shared_ptr<core::BaseActionProvider> dispatchStrips(const core::BasePriority& priority,
+                                                           const boost::shared_ptr<Splits>&... splits) {
+  const auto dispatcher = boost::make_shared<DynamicProcessorDispatcher<P>>();
+  dispatcher->initBase(priority, {splits...});
+  return dispatcher;
+}
+}  // namespace vexo::processor
+
 namespace vexo::test {
 
 enum class eTestMessage { WindowSum = 1, Steps = 2, EveryKind = 3 };

@@ -42,7 +42,8 @@ struct InBinImg3d : processor::InputImageAttribute<InBinImg3d> {
   static constexpr char toolTip[] =
       "8-bit mask of the same size: only samples whose mask is not 0 are processed";
 };
-/// Marks an image that holds intermediate values of a run.
+/// Marks an image that holds intermediate values of a run, as its name does: "Wk" after the direction. A
+/// level hands none to the next.
 struct WorkImage {};
 struct OutOptWk1RealGpuImg : processor::OutputImageAttribute<OutOptWk1RealGpuImg>, WorkImage {
   static constexpr char toolTip[] = "32-bit float work image on the GPU";

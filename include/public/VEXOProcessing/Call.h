@@ -15,12 +15,6 @@ boost::shared_ptr<P> prepareCall(const typename As::StorageType&... values) {
   return processor;
 }
 
-/// The same with the values that the attributes have in another processor.
-template <class P, class... As>
-boost::shared_ptr<P> prepareChild(const BaseProcessor& parent) {
-  return prepareCall<P, As...>(parent.getStorage<As>()...);
-}
-
 /// Several outputs of a filter: the members of the structure Result, in their order. Optional ones are
 /// requested when the caller gives none.
 template <class Result, class... Outs>

@@ -68,20 +68,4 @@ public:
 VEXO_API image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin,
                                           const ProcessorDispatchPolicy& policy);
 
-/// Dispatchers in one expression: over the pieces of static splits, and over strips.
-template <class P, class... Splits>
-boost::shared_ptr<core::BaseActionProvider> dispatchPieces(const core::BasePriority& priority,
-                                                           const boost::shared_ptr<Splits>&... splits) {
-  const auto dispatcher = boost::make_shared<StaticProcessorDispatcher<P>>();
-  dispatcher->initBase(priority, {splits...});
-  return dispatcher;
-}
-template <class P, class... Splits>
-boost::shared_ptr<core::BaseActionProvider> dispatchStrips(const core::BasePriority& priority,
-                                                           const boost::shared_ptr<Splits>&... splits) {
-  const auto dispatcher = boost::make_shared<DynamicProcessorDispatcher<P>>();
-  dispatcher->initBase(priority, {splits...});
-  return dispatcher;
-}
-
 }  // namespace vexo::processor

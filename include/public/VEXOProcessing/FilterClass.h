@@ -7,7 +7,8 @@ namespace vexo::imaproc {
 
 /// All images of the processor that are set agree in their five sizes; work images are left out.
 VEXO_API processor::RulePtr matchSizes(const processor::BaseProcessor& processor);
-/// Each mandatory output image that the caller does not give gets the geometry and type of the first input.
+/// Each output image that the caller does not give, and that is mandatory or requested, gets the geometry and
+/// type of the first input.
 VEXO_API void duplicateInput(const processor::BaseProcessor& processor,
                              processor::OutputInitializerColl& initializers);
 /// The same, but 32-bit float.

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <algorithm>
-
 #include "VEXOMath/Kernel.h"
 #include "VEXOProcessing/Split.h"
 
 namespace vexo::imaproc {
+
+// Splits by hand, for one attribute of one class. Filters hand their images on by Levels.h.
 
 /// The pieces that images are cut into: 2d planes (t outermost, then c, then z), or 3d volumes (t, then c).
 enum class eSubImageSplitType { Plane2d, Volume3d };
@@ -45,15 +45,6 @@ protected:
     return boost::const_pointer_cast<typename Handle::element_type>(this->getSubImage(pieceIndex));
   }
 };
-template <class P, class A>
-boost::shared_ptr<SubImageSplit<P, A>> planeSplit(const typename A::StorageType& image) {
-  return boost::make_shared<SubImageSplit<P, A>>(image, eSubImageSplitType::Plane2d);
-}
-template <class P, class A>
-boost::shared_ptr<SubImageSplit<P, A>> volumeSplit(const typename A::StorageType& image) {
-  return boost::make_shared<SubImageSplit<P, A>>(image, eSubImageSplitType::Volume3d);
-}
-
 /// As SubImageSplit, for images on the GPU; refuses others.
 template <class P, class A>
 class CudaSubImageSplit : public SubImageSplit<P, A> {

@@ -4,7 +4,8 @@
 // image, or strip, attributes of the next one in their order, inputs to inputs and outputs to outputs; every
 // other input of the next level has the value that it has in this one. What is given with `with` serves
 // its attribute instead. The compiler makes the match: an attribute of the next level that nothing serves
-// does not compile.
+// does not compile. Outputs that are no images are the next level's own, and what goes in and out does not
+// come back by itself.
 
 #include <functional>
 #include <vector>
@@ -189,9 +190,11 @@ core::ProviderPtr runChild(const Level& level, const LevelImages& images, const 
 }
 template <class Child, class Level, class... Gs>
 core::ProviderPtr runChild(const Level& level, const Given<Gs>&... given) {
+  detail::checkImageCount<Level, Child>();
   return runChild<Child>(level, LevelImages(level), given...);
 }
-/// The rule of such a child, on the values that the level has when it is checked.
+/// The rule of such a child, on the values that the level has when it is checked; what is given is a
+/// constant, as it stands when the rule is made.
 template <class Child, class Level, class... Gs>
 processor::RulePtr childAccepts(const Level& level, const Given<Gs>&... given) {
   return processor::makeRule([&level, given...] {
@@ -250,7 +253,7 @@ protected:
 
 /// A leaf for C++ code that is no kernel, on a whole plane or volume: `work` runs in the threads of the run,
 /// and fails it with its message.
-VEXO_API core::ProviderPtr makeLeaf(std::function<BoolResult()> work);
+VEXO_API core::ProviderPtr makeLeaf(const processor::BaseProcessor& level, std::function<BoolResult()> work);
 
 /// Keeps the classes of a filter registered while it exists, third levels with their kernels; each filter has
 /// a static one.

@@ -95,14 +95,15 @@ public:
   typename A::StorageType getStorage() const {
     return static_cast<const A&>(*accessOfClass(typeid(A), A::info())).getStorage();
   }
-  /// Asks for an optional output that its initializer can create: each run that is not given one makes it.
+  /// Asks for an optional output that its initializer can create: each run that is not given one makes it. A
+  /// copy asks for it, too; the serial form does not.
   template <class A>
   void request() {
     requestOutput(*accessAttribute<A>());
   }
   void requestOutput(const BaseAttribute& output);
-  /// The attribute itself, for rules, initializers and splits; a value given through it is not checked
-  /// against a run in progress.
+  /// The attribute itself, for rules, initializers and splits. A value given through it is not checked
+  /// against a run in progress, whose pieces may read it at any time.
   template <class A>
   boost::shared_ptr<A> accessAttribute() const {
     return boost::static_pointer_cast<A>(accessOfClass(typeid(A), A::info()));

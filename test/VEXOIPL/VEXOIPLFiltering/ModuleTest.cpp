@@ -4,9 +4,12 @@
 #include <log4cplus/spi/loggingevent.h>
 
 #include <filesystem>
+#include <map>
 
 #include "VEXOCore/InstructionSet.h"
+#include "VEXOIPL/VEXOIPLFiltering/Processor/DespeckleFilter2dImg/DespeckleFilter2dImgLvl1.h"
 #include "VEXOIPL/VEXOIPLFiltering/Processor/MeanSmoothing2dImg/MeanSmoothing2dImgLvl1.h"
+#include "VEXOIPL/VEXOIPLLogical/Processor/MaskImgImg/MaskImgImgLvl1.h"
 #include "VEXOProcessing/ProcessingAlgorithm.h"
 #include "VEXOProcessing/ProcessorFactory.h"
 
@@ -59,6 +62,56 @@ TEST(FilteringMessages, ARaisedMessageIsLoggedAndThrownWithItsPlace) {
             std::vector<std::string>{"vexo.VEXOIPLFiltering|40000|Input attribute should not be null|"
                                      "ModuleTest.cpp"});
   EXPECT_EQ(getVEXOIPLFilteringLoggerName(), "vexo.VEXOIPLFiltering");
+}
+
+TEST(FilteringMessages, WhatAFilterRefusesIsOfItsModule) {
+  const log4cplus::helpers::SharedObjectPtr<Recorder> recorder(new Recorder);
+  log4cplus::Logger base = log4cplus::Logger::getInstance("vexo");
+  base.addAppender(log4cplus::SharedAppenderPtr(recorder.get()));
+  const auto image = image::Image::create({4, 4}, image::eImageBufferType::UInt8);
+  const auto other = image::Image::create({4, 4}, image::eImageBufferType::UInt16);
+  const auto larger = image::Image::create({5, 4}, image::eImageBufferType::UInt8);
+  // By a rule, before a run; by the frame, for a filter of any module.
+  EXPECT_THROW(despeckleFilter2dImg(image, 1, 1, 2.0, other), VEXOIPLFilteringException);
+  EXPECT_THROW(logic::maskImgImg(image, image, image, larger), logic::VEXOIPLLogicalException);
+  try {
+    meanSmoothing2dImg(nullptr, 1, 1);
+    FAIL();
+  } catch (const VEXOIPLFilteringException&) {
+    FAIL() << "an attribute is the frame's";
+  } catch (const BaseException&) {
+  }
+  base.removeAppender(log4cplus::SharedAppenderPtr(recorder.get()));
+  ASSERT_EQ(recorder->lines.size(), 3u);
+  const char* const loggers[] = {"vexo.VEXOIPLFiltering|", "vexo.VEXOIPLLogical|", "vexo.VEXOProcessing|"};
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(recorder->lines[i].rfind(loggers[i], 0), 0u) << recorder->lines[i];
+}
+
+// Another cut gives the same bits at another speed: only here it is seen.
+TEST(FilteringRegistration, KernelsCutAsTheirWorkAsks) {
+  const std::map<std::string, std::pair<std::size_t, std::size_t>> unusual = {
+      {"Bilateral3dImgLvl3", {16, 4}},
+      {"Convolution3dImgLvl3", {16, 4}},
+      {"GenericMedian2dImgLvl3", {16, 4}},
+      {"GenericMedian3dImgLvl3", {4, 1}},
+      {"HistoMedian3dImgLvl3", {4, 1}},
+      {"HistoO1MedianXStrip2dImgLvl3", {256, 8}},
+      {"HistoOkMedian2dImgLvl3", {16, 4}},
+      {"MaskImgImg3dLvl3", {4, 1}},
+      {"MeanSmoothing3dMaskImgLvl3", {16, 8}},
+      {"MeanSmoothingZ3dImgLvl3", {16, 8}},
+      {"PearsonColocalization3dImgLvl3", {4, 1}},
+      {"SeparatedBilateralX3dImgLvl3", {4, 1}},
+      {"SeparatedBilateralY3dImgLvl3", {4, 1}},
+      {"StatsMsr3dLvl3", {1, 1}}};
+  for (const std::string& name : processor::ProcessorFactory::getTypeNames()) {
+    const auto made = processor::ProcessorFactory::createProcessor(name);
+    const auto found = unusual.find(made->getObjectName());
+    const auto& policy = made->getClassInfo().dispatchPolicy;
+    const std::pair<std::size_t, std::size_t> cut(policy.minStripLength, policy.lengthPerMargin);
+    EXPECT_EQ(cut, found == unusual.end() ? (std::pair<std::size_t, std::size_t>(64, 8)) : found->second)
+        << name;
+  }
 }
 
 TEST(FilteringRegistration, KernelsAreRegisteredForWhatTheProcessorOffers) {

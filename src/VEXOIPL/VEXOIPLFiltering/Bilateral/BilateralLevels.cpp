@@ -19,8 +19,9 @@ void convert(const image::Image& from, image::Image& to) {
 
 }  // namespace
 
-core::ProviderPtr convertSamples(const image::ConstImagePtr& input, const image::ImagePtr& output) {
-  return makeLeaf([input, output] {
+core::ProviderPtr convertSamples(const processor::BaseProcessor& level2, const image::ConstImagePtr& input,
+                                 const image::ImagePtr& output) {
+  return makeLeaf(level2, [input, output] {
     const image::Image& from = image::hostImage(input, "InImg");
     image::Image& to = image::hostImage(output, "OutImg");
     image::visitBufferType(from.getBufferType(), [&](auto in) {

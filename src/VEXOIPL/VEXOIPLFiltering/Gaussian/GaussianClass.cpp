@@ -6,10 +6,9 @@ namespace vexo::imaproc::filter {
 namespace {
 
 std::vector<GaussianAxis> axesOf(const processor::BaseProcessor& level1) {
-  std::vector<GaussianAxis> axes;
-  for (const auto& attribute : level1.getAttributes())
-    if (const auto* deviation = dynamic_cast<const processor::ValueAttribute<float>*>(attribute.get()))
-      axes.push_back({deviation->getName().c_str(), deviation->getStorage()});
+  std::vector<GaussianAxis> axes = {{"InStdDevX", level1.getStorage<attr::InStdDevX>()},
+                                    {"InStdDevY", level1.getStorage<attr::InStdDevY>()}};
+  if (level1.findAttribute("InStdDevZ")) axes.push_back({"InStdDevZ", level1.getStorage<attr::InStdDevZ>()});
   return axes;
 }
 

@@ -35,7 +35,8 @@ using BilateralLvl2Attributes =
                              attr::InHalfKnlSize>;
 
 /// A window of a single sample: the samples themselves, converted, integers of 32 bits with all their bits.
-core::ProviderPtr convertSamples(const image::ConstImagePtr& input, const image::ImagePtr& output);
+core::ProviderPtr convertSamples(const processor::BaseProcessor& level2, const image::ConstImagePtr& input,
+                                 const image::ImagePtr& output);
 
 /// Level 2 with the whole window at once. Derived states getCut().
 template <class Derived, class Next, class Sub>
@@ -47,7 +48,8 @@ protected:
   BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override {
     if (this->template getStorage<attr::InHalfKnlSize>() != 0)
       return StripLevel<Derived, Next>::retrieveProvider(priority, provider);
-    provider = convertSamples(this->template getStorage<Sub>(), this->template getStorage<attr::OutImg>());
+    provider =
+        convertSamples(*this, this->template getStorage<Sub>(), this->template getStorage<attr::OutImg>());
     return true;
   }
 };
@@ -67,8 +69,8 @@ protected:
   BoolResult firstPass(const core::BasePriority& priority, core::ProviderPtr& provider,
                        Direction direction = Direction::Y) const {
     const auto from = this->template getStorage<Sub>();
-    provider =
-        getHalf() == 0 ? convertSamples(from, getOutput()) : makePass<Next>(priority, from, 0, direction);
+    provider = getHalf() == 0 ? convertSamples(*this, from, getOutput())
+                              : makePass<Next>(priority, from, 0, direction);
     return true;
   }
   template <class Next>

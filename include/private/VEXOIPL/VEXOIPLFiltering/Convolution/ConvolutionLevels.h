@@ -66,6 +66,9 @@ public:
   using Attributes = processor::AttributeList<Sub, Knl, attr::InNormalize, Border, attr::OutImg>;
 
 private:
+  void initOutputs(processor::OutputInitializerColl& initializers) const override {
+    promoteInput(*this, initializers);
+  }
   StripCut getCut() const override { return convolutionCut(*this->template getStorage<Knl>()); }
   BoolResult retrieveProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override {
     const StripCut cut = getCut();  // refuses kernels that reach too far, on the GPU, too

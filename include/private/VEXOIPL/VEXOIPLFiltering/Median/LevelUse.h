@@ -2,9 +2,8 @@
 
 #include <optional>
 #include <string>
-#include "VEXOIPL/VEXOIPLFiltering/Attribute/MedianAttributes.h"
 
-#include "VEXOProcessing/Attributes.h"
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/MedianAttributes.h"
 
 namespace vexo::imaproc::filter {
 

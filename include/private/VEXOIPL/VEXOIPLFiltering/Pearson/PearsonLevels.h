@@ -8,16 +8,14 @@
 
 namespace vexo::imaproc::filter {
 
-class InImgMean1 : public processor::Attribute<InImgMean1, double> {
-public:
+struct InImgMean1 : processor::Attribute<InImgMean1, double> {
   static constexpr char toolTip[] = "Mean of the first image";
 };
-class InImgMean2 : public processor::Attribute<InImgMean2, double> {
-public:
+struct InImgMean2 : processor::Attribute<InImgMean2, double> {
   static constexpr char toolTip[] = "Mean of the second image";
 };
-class InFactor : public processor::Attribute<InFactor, double> {
-public:
+/// Not attr::InFactor, that of the despeckle filter.
+struct InFactor : processor::Attribute<InFactor, double> {
   static constexpr char toolTip[] = "Product of the standard deviations of the images";
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "VEXOIPL/VEXOIPLFiltering/Attribute/GaussianAttributes.h"
 #include "VEXOMath/Kernel.h"
 #include "VEXOProcessing/FilterClass.h"

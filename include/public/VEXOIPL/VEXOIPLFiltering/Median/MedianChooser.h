@@ -1,8 +1,8 @@
 #pragma once
 
 #include <functional>
-#include "VEXOIPL/VEXOIPLFiltering/Attribute/MedianAttributes.h"
 
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/MedianAttributes.h"
 #include "VEXOIPL/VEXOIPLGlobalMeasure/StatsResult.h"
 #include "VEXOProcessing/Attributes.h"
 #include "VEXOProcessing/Steps.h"

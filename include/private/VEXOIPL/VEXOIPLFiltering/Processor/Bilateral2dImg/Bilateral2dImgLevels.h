@@ -1,8 +1,6 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/Bilateral/BilateralLevels.h"
-#include "VEXOIPL/VEXOIPLFiltering/VEXOIPLFilteringLogMessages.h"
-#include "VEXOProcessing/Levels.h"
 
 namespace vexo::imaproc::filter {
 

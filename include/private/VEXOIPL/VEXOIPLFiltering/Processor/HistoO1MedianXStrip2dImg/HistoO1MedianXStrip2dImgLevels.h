@@ -14,6 +14,9 @@ class VEXO_API HistoO1MedianXStrip2dImgLvl3 final
                                  HistoO1Median2dImgLvl3> {
 public:
   static constexpr auto toolTipId = eProcessorMessage::HistoO1MedianXStrip2dImgLvl3;
+
+  /// Wide enough for the margins to weigh little, small enough for the caches.
+  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {256, 8}; }
 };
 
 /// Level 2, one plane, in bands of columns.

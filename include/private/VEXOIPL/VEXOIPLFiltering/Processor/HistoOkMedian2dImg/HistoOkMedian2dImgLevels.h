@@ -11,6 +11,9 @@ class VEXO_API HistoOkMedian2dImgLvl3 final
     : public HistogramMedianLvl3<HistoOkMedian2dImgLvl3, attr::InKnlYStrip2d, attr::OutYStrip2d> {
 public:
   static constexpr auto toolTipId = eProcessorMessage::HistoOkMedian2dImgLvl3;
+
+  /// A row is much work.
+  static processor::ProcessorDispatchPolicy getDefaultDispatchPolicy() { return {16, 4}; }
 };
 
 /// Level 2, one plane, in bands of rows.

@@ -7,13 +7,10 @@
 
 namespace vexo::imaproc::attr {
 
-class OutStatsSums : public processor::Attribute<OutStatsSums, boost::shared_ptr<glbmsr::StatsMsrSums>> {
-public:
+struct OutStatsSums : processor::Attribute<OutStatsSums, boost::shared_ptr<glbmsr::StatsMsrSums>> {
   static constexpr char toolTip[] = "What the samples of a strip add up to";
 };
-class OutOptStatsSums
-    : public processor::Attribute<OutOptStatsSums, boost::shared_ptr<glbmsr::StatsMsrSums>> {
-public:
+struct OutOptStatsSums : processor::Attribute<OutOptStatsSums, boost::shared_ptr<glbmsr::StatsMsrSums>> {
   static constexpr char toolTip[] = "Receives the sums, exactly, for combination with those of other images";
 };
 
