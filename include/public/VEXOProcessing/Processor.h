@@ -17,9 +17,9 @@ namespace vexo::processor {
 
 enum class eProcessorRulePolicy { WithRules = 0, WithoutRules = 1 };
 
-/// How the strips of a third-level class are cut: each has at least `minStripLength` positions on the axis of
-/// the cut, and at least `lengthPerMargin` times the kernel margin, so that few positions are read twice.
-/// Nothing else decides the cut, so that results do not depend on the number of threads.
+/// How the strips of a third-level class are cut: each but the last has at least `minStripLength` positions
+/// on the axis of the cut, and at least `lengthPerMargin` times the kernel margin, so that few positions are
+/// read twice. Nothing else decides the cut, so that results do not depend on the number of threads.
 struct ProcessorDispatchPolicy {
   std::size_t minStripLength = 64;
   std::size_t lengthPerMargin = 8;
