@@ -119,9 +119,7 @@ void Settings::forceInstructionSet() const {
   const processor::InstructionSetsIdentifier sets(findInstructionSet(*_instructionSet).sets);
   if (!processor::AlgorithmFunctionSelector::isSupported(sets))
     throw std::runtime_error("this machine does not offer the instruction set " + *_instructionSet);
-  for (const auto& processor : createProcessors(true))
-    if (auto* algorithm = dynamic_cast<processor::BaseProcessingAlgorithm*>(processor.get()))
-      algorithm->forceInstructionSets(sets);
+  processor::forceInstructionSetsOfAll(sets);
 }
 
 }  // namespace vexo::app

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -10,7 +9,6 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
-#include <thread>
 
 namespace vexo::app {
 namespace {
@@ -82,10 +80,7 @@ void runWatched(const boost::shared_ptr<processor::BaseProcessor>& processor, bo
   ProgressBar bar(showProgress && isatty(STDERR_FILENO));
   if (const BoolResult started = processor->run(core::eSynchroType::Asynchronous); !started)
     throw std::runtime_error(started.getMessage());
-  // Short waits at first, so that a short run is not made longer.
-  for (std::chrono::microseconds pause(50); processor->isRunning();
-       pause = std::min<std::chrono::microseconds>(pause * 3 / 2, milliseconds(50))) {
-    std::this_thread::sleep_for(pause);
+  while (!processor->waitFor(milliseconds(50))) {
     if (endingSignal) processor->cancel();
     bar.update(processor->getProgress());
   }

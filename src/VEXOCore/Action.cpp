@@ -1,6 +1,7 @@
 #include "VEXOCore/Action.h"
 
 #include <boost/make_shared.hpp>
+#include <new>
 
 #include "VEXOCore/Log.h"
 #include "VEXOCore/ThreadGrants.h"
@@ -79,6 +80,12 @@ void BaseAction::wait() const {
   while (_running) _ended.wait(lock);
 }
 
+bool BaseAction::waitFor(std::chrono::nanoseconds duration) const {
+  const auto end = std::chrono::steady_clock::now() + duration;
+  std::unique_lock<std::mutex> lock(_mutex);
+  return _ended.wait_until(lock, end, [this] { return !_running; });
+}
+
 BoolResult BaseAction::getResult() const {
   std::unique_lock<std::mutex> lock(_mutex);
   return resultOf(_failure);
@@ -95,6 +102,8 @@ void BaseAction::rethrowFailure() const {
     std::rethrow_exception(failure);
   } catch (const BaseException&) {
     throw;
+  } catch (const std::bad_alloc&) {
+    raiseWith<OutOfMemoryException>(std::size_t(0), "VEXOCore", VEXO_HERE, getRunName() + ": out of memory");
   } catch (const std::exception& foreign) {
     raise<UnHandleException>("VEXOCore", VEXO_HERE, foreign.what());
   } catch (...) {

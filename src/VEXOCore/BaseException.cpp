@@ -10,5 +10,8 @@ BaseException::BaseException(std::string message, const boost::source_location& 
 
 BaseException::~BaseException() = default;
 UnHandleException::~UnHandleException() = default;
+RefusedValueException::~RefusedValueException() = default;
+CancelledException::~CancelledException() = default;
+OutOfMemoryException::~OutOfMemoryException() = default;
 
 }  // namespace vexo

@@ -21,7 +21,8 @@ namespace vexo {
 namespace {
 
 [[noreturn]] void outOfMemory(std::size_t size) {
-  raiseError(VEXO_HERE, "VEXOCore", "cannot allocate ", size, " bytes of memory");
+  raiseWith<OutOfMemoryException>(size, "VEXOCore", VEXO_HERE,
+                                  "cannot allocate " + std::to_string(size) + " bytes of memory");
 }
 
 #ifndef VEXO_PLAIN_BLOCKS

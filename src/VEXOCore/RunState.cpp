@@ -10,7 +10,7 @@ namespace vexo::core {
 void RunState::fail(std::exception_ptr failure) {
   std::unique_lock<std::mutex> lock(_mutex);
   if (!_failure) _failure = std::move(failure);
-  _failed = true;
+  _stopped = 1;
 }
 
 void RunState::throwIfStopped() const {
@@ -19,7 +19,7 @@ void RunState::throwIfStopped() const {
     std::unique_lock<std::mutex> lock(_mutex);
     if (_failure) std::rethrow_exception(_failure);
   }
-  raiseError(VEXO_HERE, "VEXOCore", "the run of ", _name, " was cancelled");
+  raise<CancelledException>("VEXOCore", VEXO_HERE, "the run of " + _name + " was cancelled");
 }
 
 void RunState::addProgress(double part) {

@@ -49,17 +49,25 @@ template class StripValue<const image::InputStrip>;
 template class StripValue<image::OutputStrip>;
 
 void raiseRefusedValue(const std::string& attributeName, const std::string& why) {
-  raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::RefusedValue,
-                              attributeName, why);
+  raiseWith<RefusedValueException>(attributeName, ProcessingModule::name, VEXO_HERE,
+                                   formatMessage(eProcessorMessage::RefusedValue, attributeName, why));
+}
+
+void BaseAttribute::raiseRefused(const std::string& why) const {
+  const std::string name = (_owner ? *_owner + ": " : std::string()) + getName();
+  raiseWith<RefusedValueException>(getName(), ProcessingModule::name, VEXO_HERE,
+                                   formatMessage(eProcessorMessage::RefusedValue, name, why));
+}
+
+void BaseAttribute::raiseNotSet() const {
+  const std::string name = (_owner ? *_owner + ": " : std::string()) + getName();
+  raiseWith<RefusedValueException>(getName(), ProcessingModule::name, VEXO_HERE,
+                                   formatMessage(eProcessorMessage::NotSet, name));
 }
 
 BoolResult checkFinite(double value) {
   if (std::isfinite(value)) return true;
   return BoolResult::failure(ScalarText<double>::toText(value) + " is not finite");
-}
-
-void raiseNotSet(const std::string& attributeName) {
-  raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::NotSet, attributeName);
 }
 
 void writeImage(BaseOArchive& archive, const std::string& name, const image::BaseImage& image) {

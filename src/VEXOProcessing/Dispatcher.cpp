@@ -75,9 +75,9 @@ image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin,
                                  const ProcessorDispatchPolicy& policy) {
   const std::size_t shortest =
       std::max<std::size_t>({policy.minStripLength, margin * policy.lengthPerMargin, std::size_t(1)});
-  const std::size_t count = std::max<std::size_t>(1, length / shortest);
-  image::StripBounds bounds(count + 1);
-  for (std::size_t i = 0; i <= count; ++i) bounds[i] = length / count * i + std::min(i, length % count);
+  image::StripBounds bounds = {0};
+  while (length - bounds.back() > shortest) bounds.push_back(bounds.back() + shortest);
+  bounds.push_back(length);
   return bounds;
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "VEXOCore/Log.h"
+
 namespace vexo::processor {
 
 BaseDataTypeIdentifier::~BaseDataTypeIdentifier() = default;
@@ -56,6 +58,31 @@ std::size_t AlgorithmFunctionSelector::getFunctionCount() const {
   std::size_t count = 0;
   for (const auto& entry : _functions) count += entry.second.size();
   return count;
+}
+
+namespace {
+
+ForcedInstructionSets& forcedOfAll() {
+  static auto& sets = *new ForcedInstructionSets;
+  return sets;
+}
+
+}  // namespace
+
+void forceInstructionSetsOfAll(const InstructionSetsIdentifier& sets) {
+  if (!AlgorithmFunctionSelector::isSupported(sets))
+    raiseError(VEXO_HERE, "VEXOProcessing", "this machine does not offer the instruction set ",
+               core::toString(sets.getSets()));
+  // The values of the enumeration grow with the width of the vectors.
+  std::set<eInstructionSet> allowed = sets.getSets();
+  if (!allowed.empty())
+    for (const eInstructionSet set : {eIS_Standard, eIS_SSE2, eIS_AVX, eIS_AVX2, eIS_AVX512})
+      if (set < *sets.getSets().rbegin()) allowed.insert(set);
+  forcedOfAll().force(InstructionSetsIdentifier(allowed));
+}
+
+InstructionSetsIdentifier getForcedInstructionSetsOfAll() {
+  return forcedOfAll().get();
 }
 
 void ForcedInstructionSets::force(const InstructionSetsIdentifier& sets) {

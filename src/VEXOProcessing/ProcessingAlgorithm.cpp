@@ -43,14 +43,16 @@ void BaseProcessingAlgorithm::process(const core::RunShare& share) {
   checkStrips();
   DataTypeIdentifierColl types;
   getDataTypeIdColl(types);
-  const InstructionSetsIdentifier forced = getForcedInstructionSets();
+  InstructionSetsIdentifier forced = getForcedInstructionSets();
+  if (forced.isEmpty()) forced = getForcedInstructionSetsOfAll();
   const AlgorithmFunction function = getFunctionSelector().select(types, forced);
   if (!function.function)
     raiseMessage<BaseException>(
         getProcessingLogger(), VEXO_HERE, eProcessorMessage::NoFunction, getObjectName(), types.getNames(),
         forced.isEmpty() ? std::string()
                          : "in the forced instruction set " + core::toString(forced.getSets()));
-  if (const BoolResult done = runFunction(function); !done) raiseFailure(VEXO_HERE, done.getMessage());
+  if (const BoolResult done = runFunction(function, share.state); !done)
+    raiseFailure(VEXO_HERE, done.getMessage());
   share.done();
 }
 
@@ -64,7 +66,8 @@ void BaseProcessingAlgorithm::checkStrips() const {
   }
 }
 
-BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& function) {
+BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& function,
+                                                const core::RunState& state) {
   std::vector<image::StripSource> sources;
   std::vector<image::StripTarget> targets;
   std::vector<LoadLine> loaders;
@@ -75,6 +78,7 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
     if (const auto* input = dynamic_cast<const BaseInputStripAttribute*>(attribute.get())) {
       const auto strip = input->getStrip();
       sources.push_back(_parsers.inputs.at(attribute->getName()).parse(*strip));
+      sources.back().stop = state.getStopFlag();
       loaders.push_back(function.table->loaders[static_cast<int>(strip->getBufferType())]);
       inputs.push_back(strip);
     } else if (const auto* output = dynamic_cast<const BaseOutputStripAttribute*>(attribute.get())) {
@@ -111,6 +115,7 @@ BoolResult BaseProcessingAlgorithm::runFunction(const AlgorithmFunction& functio
 #if defined(__SSE2__)
   _mm_sfence();  // streamed writes come before what follows
 #endif
+  state.throwIfStopped();  // what a kernel leaves then is no result
   if (failure) return BoolResult::failure(failure);
   for (const auto& output : outputs) output->commit();
   return true;

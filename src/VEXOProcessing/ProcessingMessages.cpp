@@ -15,7 +15,7 @@ MessageTable<ProcessingModule, eProcessorMessage> messagesOf(eProcessorMessage) 
       {eProcessorMessage::NoFunction, "%1% has no kernel for the sample types (%2%) %3%"},
       {eProcessorMessage::UnevenSplits, "the splits of a dispatcher disagree: %1%"},
       {eProcessorMessage::WrongProcessor, "a split serves another processor: %1%"},
-      {eProcessorMessage::UnknownProcessor, "no processor is registered as '%1%'"},
+      {eProcessorMessage::UnknownProcessor, "no processor is registered as '%1%'; %2% are registered"},
       {eProcessorMessage::NotSerialisable, "%1%: archive refused: %2%"},
       {eProcessorMessage::ProviderFailed, "%1%: %2%"},
       {eProcessorMessage::RuleFailed, "%1%: %2%"},

@@ -40,6 +40,7 @@ BoolResult BaseProcessor::init(eProcessorRulePolicy rulePolicy) {
   _rulePolicy = rulePolicy;
   const BoolResult result = initDerived(_attributes, _outputInitializers, _dispatchPolicy, _rule, rulePolicy);
   for (const auto& initializer : _outputInitializers) initializer.second->setRaise(getClassInfo().raise);
+  for (const auto& attribute : _attributes) attribute->setOwner(&getObjectName());
   _initialised = result.isOk();
   return result;
 }
@@ -184,7 +185,13 @@ void BaseProcessor::createMissingOutputs() {
     const auto initializer = findInitializer(*attribute);
     // Outputs that are no image, and work images, may be set by the run itself.
     if (!initializer) continue;
-    initializer->initOutputAttribute();
+    try {
+      initializer->initOutputAttribute();
+    } catch (const OutOfMemoryException& failure) {
+      raiseWith<OutOfMemoryException>(
+          failure.getBytes(), ProcessingModule::name, VEXO_HERE,
+          getObjectName() + ": " + attribute->getName() + ": " + failure.getMessage());
+    }
     const auto holder = boost::dynamic_pointer_cast<const BaseImageAttribute>(attribute);
     _createdOutputs.emplace_back(attribute, holder ? holder->getImage() : nullptr);
   }

@@ -37,14 +37,16 @@ void ProcessorFactory::unRegisterProcessor(const std::string& typeName) {
 
 boost::shared_ptr<BaseProcessor> ProcessorFactory::createProcessor(const std::string& typeName) {
   ProcessorInfo info{};
+  std::size_t count = 0;
   {
     const std::lock_guard<std::mutex> lock(registry().mutex);
+    count = registry().infos.size();
     const auto found = registry().infos.find(typeName);
     if (found != registry().infos.end()) info = found->second;
   }
   if (!info.sharedCreator)
     raiseMessage<BaseException>(getProcessingLogger(), VEXO_HERE, eProcessorMessage::UnknownProcessor,
-                                cut(typeName));
+                                cut(typeName), count);
   return boost::static_pointer_cast<BaseProcessor>(info.sharedCreator());
 }
 

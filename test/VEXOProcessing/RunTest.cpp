@@ -146,6 +146,26 @@ TEST(Steps, ShareTheProgress) {
   for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_NEAR(atStep[i], expected[i], 1e-9) << i;
 }
 
+TEST(Steps, ShareTheProgressByTheirCostAndLeaveWhatTheyDoNotNeed) {
+  const auto p = makeReady<Steps3>();
+  p->costs = {1, 4, 15};
+  for (const int idle : {0, 1, 2}) {
+    std::vector<double> atStep;
+    p->step = [&](std::size_t i) -> Provider {
+      atStep.push_back(p->getProgress());
+      if (int(i) == idle) return nullptr;
+      return pieces(10, [](std::size_t) {});
+    };
+    executeSyncRun(p);
+    EXPECT_EQ(p->getProgress(), 1);
+    const std::vector<double> expected = idle == 0   ? std::vector<double>{0, 0, 4 / 19.}
+                                         : idle == 1 ? std::vector<double>{0, 0.05, 0.05}
+                                                     : std::vector<double>{0, 0.05, 0.05 + 0.95 * 4 / 19.};
+    ASSERT_EQ(atStep.size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(atStep[i], expected[i], 1e-9) << idle << ' ' << i;
+  }
+}
+
 TEST_P(Threads, CancelledRunsFailOrAreRight) {
   const auto in = rangeImage({300, 400, 4}, u16, 0, 9, 1);
   const auto wanted = sumOf(*in, u16, 2);

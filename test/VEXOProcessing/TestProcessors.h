@@ -219,6 +219,7 @@ public:
   static constexpr auto toolTipId = eTestMessage::Steps;
   std::function<Provider(std::size_t)> step;
   std::function<void()> atEnd;
+  std::vector<double> costs = {1, 1, 1};
 
 protected:
   void initOutputs(processor::OutputInitializerColl& initializers) const override {
@@ -238,6 +239,7 @@ protected:
   void clearIntermediateData() override {
     if (atEnd) atEnd();
   }
+  double getStepCost(std::size_t i) const override { return i < costs.size() ? costs[i] : 1; }
   BoolResult give(std::size_t i, Provider& provider) {
     if (step) provider = step(i);
     return true;

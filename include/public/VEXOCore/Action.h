@@ -2,6 +2,7 @@
 
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <exception>
@@ -34,13 +35,15 @@ public:
   bool isRunning() const;
   /// Waits until the action is not running.
   void wait() const;
+  /// Waits for so long at most; whether the action is not running any more.
+  bool waitFor(std::chrono::nanoseconds duration) const;
   /// Outcome of the last run: true before the first.
   BoolResult getResult() const;
   /// Throws the failure of the last run when it failed.
   void rethrowFailure() const;
 
-  /// Asks the current run to stop. Seen before the next piece starts; the run then fails and says that it was
-  /// cancelled.
+  /// Asks the current run to stop. Seen before the next piece starts, and by kernels once a line or a few;
+  /// the run then fails with a CancelledException.
   void cancel();
   /// From 0 to 1, never falling during a run; 1 once it has succeeded.
   double getProgress() const;

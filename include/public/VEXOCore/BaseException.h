@@ -1,8 +1,10 @@
 #pragma once
 
 #include <boost/assert/source_location.hpp>
+#include <cstddef>
 #include <exception>
 #include <string>
+#include <utility>
 
 #include "VEXOCore/Export.h"
 
@@ -36,6 +38,38 @@ class VEXO_API UnHandleException : public BaseException {
 public:
   using BaseException::BaseException;
   ~UnHandleException() override;
+};
+
+/// A value that a parameter refuses, or that it does not have.
+class VEXO_API RefusedValueException : public BaseException {
+public:
+  RefusedValueException(std::string attributeName, std::string message, const boost::source_location& where)
+      : BaseException(std::move(message), where), _attributeName(std::move(attributeName)) {}
+  ~RefusedValueException() override;
+  const std::string& getAttributeName() const { return _attributeName; }
+
+private:
+  std::string _attributeName;
+};
+
+/// A run that was asked to stop.
+class VEXO_API CancelledException : public BaseException {
+public:
+  using BaseException::BaseException;
+  ~CancelledException() override;
+};
+
+/// Memory that was not to be had.
+class VEXO_API OutOfMemoryException : public BaseException {
+public:
+  OutOfMemoryException(std::size_t bytes, std::string message, const boost::source_location& where)
+      : BaseException(std::move(message), where), _bytes(bytes) {}
+  ~OutOfMemoryException() override;
+  /// What was asked for; 0 when it is not known.
+  std::size_t getBytes() const { return _bytes; }
+
+private:
+  std::size_t _bytes;
 };
 
 }  // namespace vexo

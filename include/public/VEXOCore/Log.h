@@ -35,6 +35,15 @@ template <class Exception, class Log>
   throw Exception(std::move(text), where);
 }
 
+/// The same for an exception that carries something in front of its text.
+template <class Exception, class First, class Log>
+[[noreturn]] void raiseWith(const First& first, const Log& log, const boost::source_location& where,
+                            std::string text) {
+  text = escapeControls(text);
+  logError(log, text, where);
+  throw Exception(first, std::move(text), where);
+}
+
 /// Raises a message of a registered table.
 template <class Exception, class Enum, class... Args>
 [[noreturn]] void raiseMessage(const log4cplus::Logger& logger, const boost::source_location& where,

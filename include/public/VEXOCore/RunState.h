@@ -30,8 +30,10 @@ public:
       : _name(std::move(name)), _threadCount(threadCount), _priority(priority) {}
 
   /// Asks the run to stop; pieces that have not started will not.
-  void cancel() { _cancelled = true; }
-  bool isStopped() const { return _cancelled || _failed; }
+  void cancel() { _stopped = 1; }
+  bool isStopped() const { return _stopped != 0; }
+  /// The same as plain data, for kernels: not 0 once the run is to end.
+  const unsigned char* getStopFlag() const { return reinterpret_cast<const unsigned char*>(&_stopped); }
   /// Keeps the first failure and stops the run.
   void fail(std::exception_ptr failure);
   /// Throws the first failure, or that the run was cancelled; returns when neither happened.
@@ -49,8 +51,8 @@ private:
   const std::string _name;
   const std::size_t _threadCount;
   const BasePriority _priority;
-  std::atomic<bool> _cancelled{false};
-  std::atomic<bool> _failed{false};
+  std::atomic<unsigned char> _stopped{0};
+  static_assert(sizeof _stopped == 1 && std::atomic<unsigned char>::is_always_lock_free);
   std::atomic<double> _progress{0};
   mutable std::mutex _mutex;
   std::exception_ptr _failure;

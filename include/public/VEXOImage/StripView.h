@@ -48,7 +48,14 @@ struct StripSource {
   const ptrdiff_t* savedPosition;
   ptrdiff_t savedRowStride, savedSliceStride;
   int savedAxis;
+
+  const unsigned char* stop;  ///< not 0 once the run is to end; null where nobody asks
 };
+
+/// Whether the run is to end: kernels look once a line, or a few, and leave the rest of the strip as it is.
+static inline bool isStopped(const StripSource& s) {
+  return s.stop && __atomic_load_n(s.stop, __ATOMIC_RELAXED) != 0;
+}
 
 /// A strip that is written.
 struct StripTarget {

@@ -64,11 +64,18 @@ public:
   virtual void write(BaseOArchive& archive) const = 0;
   virtual void read(BaseIArchive& archive) = 0;
 
+  /// The name of the processor that has the attribute stands in front of what it refuses.
+  void setOwner(const std::string* name) { _owner = name; }
+
 protected:
   explicit BaseAttribute(const AttributeInfo& info) : _info(info) {}
+  [[noreturn]] void raiseRefused(const std::string& why) const;
+  /// A value was asked for, and there is none.
+  [[noreturn]] void raiseNotSet() const;
 
 private:
   const AttributeInfo& _info;
+  const std::string* _owner = nullptr;
 };
 
 using AttributeColl = std::vector<boost::shared_ptr<BaseAttribute>>;
@@ -78,9 +85,6 @@ using AttributeColl = std::vector<boost::shared_ptr<BaseAttribute>>;
 
 /// For a check(): refuses NaN and infinities, which no processing can make sense of.
 VEXO_API BoolResult checkFinite(double value);
-
-/// Raises that a value was asked for that `attribute` does not have.
-[[noreturn]] VEXO_API void raiseNotSet(const std::string& attributeName);
 
 /// Samples, geometry and type of an image as a section of an archive.
 VEXO_API void writeImage(BaseOArchive& archive, const std::string& name, const image::BaseImage& image);
@@ -111,10 +115,10 @@ public:
 
   void setStorage(const Storage& value) {
     if constexpr (isHandle<Storage>)
-      if (!value) raiseRefusedValue(this->getName(), "it is null");
+      if (!value) this->raiseRefused("it is null");
     if (_rules.check)
       if (const BoolResult accepted = _rules.check(value); !accepted)
-        raiseRefusedValue(this->getName(), accepted.getMessage());
+        this->raiseRefused(accepted.getMessage());
     _value = value;
   }
   /// The value, or the default. Without either: a null handle, or an exception.
@@ -125,7 +129,7 @@ public:
     if constexpr (isHandle<Storage>)
       return Storage();
     else
-      raiseNotSet(this->getName());
+      this->raiseNotSet();
   }
 
   std::string getValueTypeName() const override {
@@ -187,13 +191,12 @@ protected:
   virtual void readOther(BaseIArchive& archive) {
     std::string text;
     archive.read(this->getName(), text);
-    if (const BoolResult set = setText(text); !set) raiseRefusedValue(this->getName(), set.getMessage());
+    if (const BoolResult set = setText(text); !set) this->raiseRefused(set.getMessage());
   }
 
 private:
   std::string getTextOrThrow() const {
-    if (!Text::available)
-      raiseRefusedValue(this->getName(), "a value of this type cannot be written to an archive");
+    if (!Text::available) this->raiseRefused("a value of this type cannot be written to an archive");
     return getText();
   }
 

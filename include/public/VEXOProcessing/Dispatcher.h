@@ -64,7 +64,9 @@ public:
   DynamicProcessorDispatcher() : BaseDynamicProcessorDispatcher(P::classInfo()) {}
 };
 
-/// The strips of an axis: as many as the policy allows, of equal length within one.
+/// The strips of an axis: at multiples of the shortest length that the policy allows, whatever the length of
+/// the axis; the last is shorter. So a part of an image that begins at a multiple is cut as it is in the
+/// whole.
 VEXO_API image::StripBounds cutIntoStrips(std::size_t length, std::size_t margin,
                                           const ProcessorDispatchPolicy& policy);
 

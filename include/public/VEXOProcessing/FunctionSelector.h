@@ -90,6 +90,13 @@ private:
   std::map<std::vector<unsigned>, std::vector<AlgorithmFunctionIdentifier>> _functions;
 };
 
+/// Has all kernels of the process use this combination of instruction sets where they are compiled for it,
+/// and the next one below elsewhere; an empty one ends that. What is forced for a class of its own goes
+/// before. Throws when the processor does not offer it. Thread-safe.
+VEXO_API void forceInstructionSetsOfAll(const InstructionSetsIdentifier& sets);
+/// The sets that are allowed by it; empty when nothing is forced.
+VEXO_API InstructionSetsIdentifier getForcedInstructionSetsOfAll();
+
 /// Instruction sets that users have forced for one third-level class. Thread-safe.
 class VEXO_API ForcedInstructionSets {
 public:

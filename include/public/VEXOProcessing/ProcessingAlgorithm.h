@@ -48,7 +48,7 @@ protected:
 
 private:
   void checkStrips() const;
-  BoolResult runFunction(const AlgorithmFunction& function);
+  BoolResult runFunction(const AlgorithmFunction& function, const core::RunState& state);
 
   DataParserColl _parsers;
 };

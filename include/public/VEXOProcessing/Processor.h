@@ -17,9 +17,9 @@ namespace vexo::processor {
 
 enum class eProcessorRulePolicy { WithRules = 0, WithoutRules = 1 };
 
-/// How the strips of a third-level class are cut: each has at least `minStripLength` positions on the axis of
-/// the cut, and at least `lengthPerMargin` times the kernel margin, so that few positions are read twice.
-/// Nothing else decides the cut, so that results do not depend on the number of threads.
+/// How the strips of a third-level class are cut: each but the last has at least `minStripLength` positions
+/// on the axis of the cut, and at least `lengthPerMargin` times the kernel margin, so that few positions are
+/// read twice. Nothing else decides the cut, so that results do not depend on the number of threads.
 struct ProcessorDispatchPolicy {
   std::size_t minStripLength = 64;
   std::size_t lengthPerMargin = 8;
@@ -149,6 +149,8 @@ protected:
   virtual void initOutputs(OutputInitializerColl&) const {}
   virtual RulePtr createRule() const { return none(); }
 
+  /// What a step costs beside the others, in any unit: its part of the progress. Asked before each step.
+  virtual double getStepCost(std::size_t) const { return 1; }
   /// Called before and after the work of a run.
   virtual BoolResult preProcess() { return true; }
   virtual void clearIntermediateData() {}

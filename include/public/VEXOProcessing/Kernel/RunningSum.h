@@ -46,7 +46,7 @@ template <class Lines>
 inline void convertStrip(const Lines& lines, const image::StripSource& s, float* line, ptrdiff_t lineLength) {
   if (copyIntegers(lines.info, s)) return;
   for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
-    for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y)
+    for (ptrdiff_t y = s.begin[1]; y < s.end[1] && !image::isStopped(s); ++y)
       for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += lineLength) {
         const ptrdiff_t n = smaller(lineLength, s.end[0] - x);
         lines.load(line, x, y, z, n);
@@ -280,7 +280,8 @@ void runWindowTile(const WindowTile<Lines>& t) {
   // A sum less 0 is the same sum: so the first lines enter an empty window.
   clearLine(t.ring, t.layout.knlSizeY * t.layout.pitch);
   clearLine(t.sums, t.layout.pitch);
-  for (ptrdiff_t line = 0; line < t.layout.lineCount;) line += runNextGroup(t, line);
+  for (ptrdiff_t line = 0; line < t.layout.lineCount && !image::isStopped(t.source);)
+    line += runNextGroup(t, line);
 }
 
 }  // namespace

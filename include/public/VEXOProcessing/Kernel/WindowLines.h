@@ -44,6 +44,7 @@ struct WindowLines {
       };
       for (ptrdiff_t y = -s.marginBefore[1]; y < s.marginAfter[1]; ++y) loadRows(s.begin[1] + y);
       for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y) {
+        if (image::isStopped(s)) return;
         loadRows(y + s.marginAfter[1]);
         use(y, z);
       }

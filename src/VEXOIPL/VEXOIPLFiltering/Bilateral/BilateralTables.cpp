@@ -15,11 +15,10 @@ struct Bins {
 };
 
 /// One bin per grey level while that is no more than 65536.
-Bins binsFor(image::eImageBufferType type, const boost::shared_ptr<const attr::StatsResult>& statistics) {
-  if (!statistics) return {256, 1};
+Bins binsFor(image::eImageBufferType type, double minimum, double maximum) {
+  if (getSampleSize(type) == 1) return {256, 1};
   const double most = 65536, largest = std::numeric_limits<float>::max();  // in place of an infinity
-  double range =
-      std::min(statistics->maximum.getValue(), largest) - std::max(statistics->minimum.getValue(), -largest);
+  double range = std::min(maximum, largest) - std::max(minimum, -largest);
   if (type != image::eImageBufferType::Real32) {
     range += 1.0;
     if (range < most) return {static_cast<std::size_t>(range), 1};
@@ -97,10 +96,18 @@ processor::RulePtr bilateralRule(const processor::BaseProcessor& level1, eBilate
   });
 }
 
-core::ProviderPtr measureRange(const image::ConstImagePtr& image,
+double bilateralStepCost(const processor::BaseProcessor& level1, eBilateralWindow window, std::size_t step) {
+  if (step != 2) return step == 0 ? 1 : 0;  // a measure that does not happen leaves its part to the filter
+  const double half =
+      bilateralHalfSize(level1.getStorage<attr::InOptHalfKnlSize>(), level1.getStorage<attr::InSpaceSigma>());
+  return 10 + placesOf(half, window);
+}
+
+core::ProviderPtr measureRange(const processor::BaseProcessor& level1, const image::ConstImagePtr& image,
                                boost::shared_ptr<attr::StatsResult>& statistics) {
   statistics.reset();
-  if (getSampleSize(image->getBufferType()) == 1) return nullptr;
+  if (getSampleSize(image->getBufferType()) == 1 || level1.getStorage<attr::InOptInputRange>())
+    return nullptr;
   return glbmsr::statsMsrStep(image, statistics);
 }
 
@@ -110,7 +117,11 @@ BilateralTables makeBilateralTables(const processor::BaseProcessor& level1, imag
   const double spaceSigma = level1.getStorage<attr::InSpaceSigma>();
   const auto halfSize =
       static_cast<std::uint32_t>(bilateralHalfSize(level1.getStorage<attr::InOptHalfKnlSize>(), spaceSigma));
-  const Bins bins = binsFor(input, statistics);
+  const auto given = level1.getStorage<attr::InOptInputRange>();
+  const Bins bins = given ? binsFor(input, given->minimum.getValue(), given->maximum.getValue())
+                    : statistics
+                        ? binsFor(input, statistics->minimum.getValue(), statistics->maximum.getValue())
+                        : binsFor(input, 0, 0);
   return {
       halfSize, static_cast<double>(bins.scale),
       boost::make_shared<const attr::Floats>(makeSpaceTable(halfSize, spaceSigma, window)),

@@ -18,7 +18,7 @@ struct BilateralTables {
 /// that is negative or NaN.
 double bilateralHalfSize(std::uint32_t given, double spaceSigma);
 
-/// statistics: null for an 8-bit image.
+/// statistics: null for an 8-bit image, and where InOptInputRange is given.
 VEXO_API BilateralTables makeBilateralTables(const processor::BaseProcessor& level1,
                                              image::eImageBufferType input,
                                              const boost::shared_ptr<const attr::StatsResult>& statistics,

@@ -110,6 +110,7 @@ private:
         for (ptrdiff_t i = begin - d; i < smaller(begin, _s.end[inner] - d); ++i)
           _table.weigh(keptLine(i, d), lineOf(i), lineOf(i + d), n);
     for (ptrdiff_t i = begin; i < _s.end[inner]; ++i) {
+      if (image::isStopped(_s)) return;
       load(i + _reach);
       for (ptrdiff_t c = 0; c < n; c += chunk) walkChunk(results + c, i, c, smaller(chunk, n - c));
       _info.storers[0](_info.targets[0], results, x, inner == 1 ? i : o, inner == 1 ? o : i, n);

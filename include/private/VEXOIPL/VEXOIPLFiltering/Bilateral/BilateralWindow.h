@@ -137,6 +137,7 @@ private:
     };
     for (ptrdiff_t i = 0; i < _l.held - 1; ++i) load(rowOf(i));
     for (ptrdiff_t i = 0; i < rows; ++i) {
+      if (image::isStopped(s)) return;
       if (i + _l.held - 1 < rows) load(rowOf(i + _l.held - 1));
       const Row row = rowOf(i);
       for (ptrdiff_t c = 0; c < n; c += _l.chunk) meetOthers(row, c, smaller(_l.chunk, n - c));

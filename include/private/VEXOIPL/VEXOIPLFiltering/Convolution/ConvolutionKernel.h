@@ -83,7 +83,7 @@ struct Convolution {
   void runRows() const {
     const image::StripSource& s = source;
     for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
-      for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y)
+      for (ptrdiff_t y = s.begin[1]; y < s.end[1] && !image::isStopped(s); ++y)
         for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += plan.tileWidth)
           runRow(x, y, z, smaller(plan.tileWidth, s.end[0] - x));
   }
@@ -187,7 +187,7 @@ struct Convolution {
     const ptrdiff_t first = plan.first[plan.outer], ahead = plan.extent[plan.outer] - 1;
     for (ptrdiff_t i = 0; i < ahead; ++i) loadSlot(t, begin + first + i, i);
     ptrdiff_t oldest = 0;
-    for (ptrdiff_t outer = begin; outer < end; outer += plan.batch) {
+    for (ptrdiff_t outer = begin; outer < end && !image::isStopped(source); outer += plan.batch) {
       const ptrdiff_t rows = smaller(plan.batch, end - outer);
       for (ptrdiff_t r = 0; r < rows; ++r)
         loadSlot(t, outer + r + first + ahead, (oldest + r + ahead) % plan.slots);

@@ -26,6 +26,8 @@ class VEXO_API MaskedMeanLvl2 : public FilterClass<Derived, processor::BaseAsync
     return true;
   }
   void clearIntermediateData() override { _inputs.clear(); }
+  /// The choice by the mask is a small part of the work.
+  double getStepCost(std::size_t step) const override { return step == 0 ? 15 : 1; }
   BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override {
     StripCut cut{windowMargins(*this)};
     cut.direction = direction;

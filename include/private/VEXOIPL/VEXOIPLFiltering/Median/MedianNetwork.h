@@ -143,6 +143,7 @@ struct MedianLines {
       };
       for (ptrdiff_t y = -half; y < half; ++y) load(s.begin[1] + y);
       for (ptrdiff_t y = s.begin[1]; y < s.end[1]; y += 2) {
+        if (image::isStopped(s)) return;
         const bool pair = y + 1 < s.end[1];
         load(y + half);
         if (pair) load(y + 1 + half);

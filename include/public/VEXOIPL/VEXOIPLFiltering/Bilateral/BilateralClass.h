@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VEXOIPL/VEXOIPLFiltering/Attribute/BilateralAttributes.h"
+#include "VEXOIPL/VEXOIPLFiltering/Attribute/RangeAttributes.h"
 #include "VEXOProcessing/FilterClass.h"
 
 namespace vexo::imaproc::attr {
@@ -16,9 +17,14 @@ enum class eBilateralWindow { Square, Cube, Walk };
 /// Fails when the window of the call is too large.
 VEXO_API processor::RulePtr bilateralRule(const processor::BaseProcessor& level1, eBilateralWindow window);
 
-/// The first step of a call: measures the range of an image that is not 8-bit, whose range needs no measure.
-/// The result stays null then.
-VEXO_API core::ProviderPtr measureRange(const image::ConstImagePtr& image,
+/// What measuring costs beside the filter, by the samples that are looked at.
+VEXO_API double bilateralStepCost(const processor::BaseProcessor& level1, eBilateralWindow window,
+                                  std::size_t step);
+
+/// The first step of a call: measures the range of an image that is not 8-bit, which needs none, unless
+/// InOptInputRange is given. The result stays null otherwise.
+VEXO_API core::ProviderPtr measureRange(const processor::BaseProcessor& level1,
+                                        const image::ConstImagePtr& image,
                                         boost::shared_ptr<attr::StatsResult>& statistics);
 
 /// What the first levels of the bilateral filters have in common: they measure the range of the image In,
@@ -29,21 +35,22 @@ class VEXO_API BilateralClass : public FilterClass<Derived, processor::BaseAsync
 
 public:
   using Attributes = processor::AttributeList<In, attr::InSpaceSigma, attr::InRangeSigma,
-                                              attr::InOptHalfKnlSize, attr::OutImg>;
+                                              attr::InOptHalfKnlSize, attr::OutImg, attr::InOptInputRange>;
 
 protected:
   processor::RulePtr createRule() const override {
     return Base::createRule() && bilateralRule(*this, window);
   }
   BoolResult retrieveFirstProvider(const core::BasePriority&, core::ProviderPtr& provider) override {
-    provider = measureRange(this->template getStorage<In>(), _statistics);
+    provider = measureRange(*this, this->template getStorage<In>(), _statistics);
     return true;
   }
   /// Nothing comes between the measure and the filter.
   BoolResult retrieveSecondProvider(const core::BasePriority&, core::ProviderPtr&) override { return true; }
+  double getStepCost(std::size_t step) const override { return bilateralStepCost(*this, window, step); }
   void clearIntermediateData() override { _statistics.reset(); }
 
-  boost::shared_ptr<attr::StatsResult> _statistics;  ///< null for an 8-bit image
+  boost::shared_ptr<attr::StatsResult> _statistics;  ///< null where nothing is measured
 };
 
 }  // namespace vexo::imaproc::filter

@@ -28,6 +28,8 @@ protected:
     return true;
   }
   void clearIntermediateData() override { _kernels.clear(); }
+  /// Of the pass along an axis: its points, and the way of the samples there and back.
+  double getPassCost(std::size_t axis) const { return 4.0 + double(_kernels[axis]->getPoints().size()); }
 
   std::vector<boost::shared_ptr<const Kernel>> _kernels;
 };

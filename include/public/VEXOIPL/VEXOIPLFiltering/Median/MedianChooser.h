@@ -12,7 +12,7 @@ namespace vexo::imaproc::filter {
 struct LevelUse;
 
 /// What the median filters that choose among others have in common: where the range of the samples decides,
-/// they measure that first.
+/// they measure that first, unless InOptInputRange is given.
 class VEXO_API MedianChooser : public processor::BaseRepeatedAsync1Processor {
 protected:
   /// A child, as it is told and as it is run.
@@ -22,20 +22,26 @@ protected:
   };
   static Step measureFor(const std::string& halfSizes);
 
+  /// One that has nothing to run where the range decides.
   virtual Step chooseByHalfSizes() const = 0;
   virtual Step chooseByLevels(const LevelUse& levels) const = 0;
   /// Called when the range is known.
   virtual void noteLevels(const LevelUse&) {}
-  const boost::shared_ptr<const attr::Range>& getRange() const { return _range; }
+  /// Measured, or given.
+  boost::shared_ptr<const attr::Range> getRange() const;
 
   void clearIntermediateData() override;
 
 private:
   processor::ChoiceColl foreseeChoices() const override;
   std::size_t getRepetitionCount() const override { return 2; }
+  double getStepCost(std::size_t step) const override;
   BoolResult retrieveProvider(const core::BasePriority& priority, std::size_t step,
                               core::ProviderPtr& provider) override;
+  LevelUse levelsFor(const attr::Range& range) const;
+  Step chooseFirst() const;
   Step chooseByRange();
+  Step chooseByRange(const attr::Range& range) const;
 
   bool _lastStepTaken = false;
   boost::shared_ptr<attr::StatsResult> _stats;

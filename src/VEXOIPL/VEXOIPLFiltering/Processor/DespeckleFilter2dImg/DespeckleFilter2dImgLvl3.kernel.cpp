@@ -146,6 +146,7 @@ public:
     const ptrdiff_t before = _source.marginBefore[1], after = _source.marginAfter[1];
     ptrdiff_t slot = 0;
     for (ptrdiff_t y = _source.begin[1] - before; y < _source.end[1] + after; ++y) {
+      if (image::isStopped(_source)) return;
       loadRow(x, y, z, width, slot);
       const ptrdiff_t completed = y - after;  // the row whose window ends here
       if (completed >= _source.begin[1]) {

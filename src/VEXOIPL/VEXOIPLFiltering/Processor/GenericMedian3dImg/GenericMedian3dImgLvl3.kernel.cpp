@@ -94,6 +94,7 @@ template <class T>
     sortRow(s.begin[1] - 1, z);
     sortRow(s.begin[1], z);
     for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y) {
+      if (image::isStopped(s)) return;
       sortRow(y + 1, z);
       for (int place = 0; place < 3; ++place)
         for (ptrdiff_t x = 0; x < width + 2; x += lanes) {

@@ -70,7 +70,7 @@ const char* meanSmoothingZ(const ProcessingInfo& info) {
     return nullptr;
   }
   for (ptrdiff_t y = s.begin[1]; y < s.end[1]; y += l.rows)
-    for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += l.width) runTile(info, l, x, y);
+    for (ptrdiff_t x = s.begin[0]; x < s.end[0] && !image::isStopped(s); x += l.width) runTile(info, l, x, y);
   return nullptr;
 }
 

@@ -98,7 +98,8 @@ const char* meanSmoothingMask(const ProcessingInfo& info) {
         continue;
       }
       SliceSink sink(info, part, l);
-      for (ptrdiff_t z = s.begin[2] - s.marginBefore[2]; z < s.end[2] + s.marginAfter[2]; ++z) {
+      for (ptrdiff_t z = s.begin[2] - s.marginBefore[2];
+           z < s.end[2] + s.marginAfter[2] && !image::isStopped(s); ++z) {
         sums.run(sink, z);
         sink.slot = sink.slot + 1 == l.knlSizeZ ? 0 : sink.slot + 1;
       }

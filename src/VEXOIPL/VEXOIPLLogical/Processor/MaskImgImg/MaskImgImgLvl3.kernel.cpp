@@ -48,7 +48,7 @@ const char* maskImages(const ProcessingInfo& info) {
   unsigned char* firstPiece = info.scratch;
   unsigned char* secondPiece = firstPiece + pieceLength * ptrdiff_t(sizeof(float));
   for (ptrdiff_t z = first.begin[2]; z < first.end[2]; ++z)
-    for (ptrdiff_t y = first.begin[1]; y < first.end[1]; ++y) {
+    for (ptrdiff_t y = first.begin[1]; y < first.end[1] && !image::isStopped(first); ++y) {
       const unsigned char* a = image::sourceRow(first, y, z);
       const unsigned char* b = image::sourceRow(second, y, z);
       const unsigned char* chosen = image::sourceRow(mask, y, z);

@@ -1,5 +1,5 @@
-#include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLvl1.h"
 #include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLevels.h"
+#include "VEXOIPL/VEXOIPLGlobalMeasure/Processor/StatsMsr/StatsMsrLvl1.h"
 #include "VEXOSerialization/JsonArchive.h"
 #include "tools/Filters.h"
 #include "tools/ImageChecks.h"

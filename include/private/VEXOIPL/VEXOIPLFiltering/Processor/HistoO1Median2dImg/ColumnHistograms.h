@@ -223,6 +223,7 @@ template <class C>
     for (ptrdiff_t y = s.begin[1] - s.marginBefore[1]; y <= s.begin[1] + s.marginAfter[1]; ++y)
       histograms.add(lineOf(y));
     for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y) {
+      if (image::isStopped(s)) return;
       if (y > s.begin[1]) {
         loadUpTo(y + s.marginAfter[1]);
         histograms.replace(lineOf(y + s.marginAfter[1]), lineOf(y - 1 - s.marginBefore[1]));

@@ -20,7 +20,7 @@ inline const char* mapPearson(const processor::ProcessingInfo& info) {
                factor = splat<FloatV>(p.factor);
   clearLine(first, 2 * pieceOfRow);  // what vectors read beyond the samples
   for (ptrdiff_t z = s.begin[2]; z < s.end[2]; ++z)
-    for (ptrdiff_t y = s.begin[1]; y < s.end[1]; ++y)
+    for (ptrdiff_t y = s.begin[1]; y < s.end[1] && !image::isStopped(s); ++y)
       for (ptrdiff_t x = s.begin[0]; x < s.end[0]; x += pieceOfRow) {
         const ptrdiff_t n = smaller(pieceOfRow, s.end[0] - x);
         info.loaders[0](first, info.sources[0], x, y, z, n);

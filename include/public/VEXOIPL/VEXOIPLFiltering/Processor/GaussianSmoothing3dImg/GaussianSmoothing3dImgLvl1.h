@@ -19,6 +19,7 @@ private:
   BoolResult retrieveFirstProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   BoolResult retrieveSecondProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
   BoolResult retrieveThirdProvider(const core::BasePriority& priority, core::ProviderPtr& provider) override;
+  double getStepCost(std::size_t step) const override { return getPassCost(step); }
   core::ProviderPtr makePass(const core::BasePriority& priority, const image::ConstImagePtr& from,
                              std::size_t axis) const;
 };

@@ -10,8 +10,9 @@ namespace vexo::imaproc::filter {
 /// where the range of the samples decides, it measures that first. explain() tells which and why.
 class VEXO_API Median2dImgLvl1 final : public FilterClass<Median2dImgLvl1, MedianChooser> {
 public:
-  using Attributes = processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                                              attr::OutImg, attr::InOutOptAllow8bitsCompression>;
+  using Attributes =
+      processor::AttributeList<attr::InImg, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY, attr::OutImg,
+                               attr::InOutOptAllow8bitsCompression, attr::InOptInputRange>;
   static constexpr auto toolTipId = eProcessorMessage::Median2dImgLvl1;
 
 private:

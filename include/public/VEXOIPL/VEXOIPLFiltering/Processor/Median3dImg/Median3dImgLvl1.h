@@ -10,9 +10,9 @@ namespace vexo::imaproc::filter {
 /// where the range of the samples decides, it measures that first. explain() tells which and why.
 class VEXO_API Median3dImgLvl1 final : public FilterClass<Median3dImgLvl1, MedianChooser> {
 public:
-  using Attributes =
-      processor::AttributeList<attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
-                               attr::InHalfKnlSizeZ, attr::OutImg, attr::InOutOptAllow8bitsCompression>;
+  using Attributes = processor::AttributeList<attr::InImg3d, attr::InHalfKnlSizeX, attr::InHalfKnlSizeY,
+                                              attr::InHalfKnlSizeZ, attr::OutImg,
+                                              attr::InOutOptAllow8bitsCompression, attr::InOptInputRange>;
   static constexpr auto toolTipId = eProcessorMessage::Median3dImgLvl1;
 
 private:
