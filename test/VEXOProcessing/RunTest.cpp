@@ -146,6 +146,59 @@ TEST(Steps, ShareTheProgress) {
   for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_NEAR(atStep[i], expected[i], 1e-9) << i;
 }
 
+TEST(Failure, TellsItsKind) {
+  const auto p = makeReady<EveryKind>();
+  const auto refused = [&](const std::string& attribute, std::initializer_list<std::string> parts,
+                           const std::function<void()>& call) {
+    try {
+      call();
+      ADD_FAILURE() << "nothing was thrown";
+    } catch (const RefusedValueException& thrown) {
+      EXPECT_EQ(thrown.getAttributeName(), attribute);
+      EXPECT_EQ(thrown.getMessage().rfind("EveryKind: " + attribute, 0), 0u) << thrown.getMessage();
+      for (const std::string& part : parts) EXPECT_TRUE(has(thrown.getMessage(), part));
+    }
+  };
+  refused("InCount", {"13 brings no luck"}, [&] { p->set<attr::InCount>(13); });
+  refused("InCount", {"13 brings no luck"}, [&] { p->accessAttribute<attr::InCount>()->setText("13"); });
+  refused("InImg", {"null"}, [&] { p->set<attr::InImg>(nullptr); });
+  refused("InFactor", {"not set"}, [&] { p->getStorage<attr::InFactor>(); });
+
+  const auto steps = makeReady<Steps1>();
+  steps->step = [&](std::size_t) { return pieces(3, [&](std::size_t) { steps->cancel(); }); };
+  EXPECT_THROW(executeSyncRun(steps), CancelledException);
+  steps->step = [](std::size_t) -> Provider { throw std::bad_alloc(); };
+  EXPECT_THROW(executeSyncRun(steps), OutOfMemoryException);
+  // More than any machine has; the parameter that asked for it is named.
+  const auto huge = makeReady<WindowSumLvl1>();
+  std::uint8_t sample = 0;
+  image::ImageStrides same{};
+  huge->set<attr::InImg>(
+      image::Image::wrapConst(&sample, {1u << 20, 1u << 20, 1u << 20}, image::eImageBufferType::UInt8, same));
+  huge->set<attr::InHalfKnlSizeX>(0);
+  try {
+    executeSyncRun(huge);
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const OutOfMemoryException& thrown) {
+    EXPECT_EQ(thrown.getBytes(), std::size_t(1) << 60);
+    EXPECT_TRUE(has(thrown.getMessage(), "WindowSumLvl1: OutImg"));
+  }
+}
+
+TEST(Waiting, EndsWithTheTimeOrTheRun) {
+  const auto p = makeReady<Steps1>();
+  EXPECT_TRUE(p->waitFor(std::chrono::hours(1))) << "nothing runs";
+  std::atomic<bool> goOn{false};
+  p->step = [&](std::size_t) {
+    return pieces(1, [&](std::size_t) { ASSERT_TRUE(eventually([&] { return goOn.load(); })); });
+  };
+  ASSERT_TRUE(p->run(core::eSynchroType::Asynchronous));
+  EXPECT_FALSE(p->waitFor(std::chrono::milliseconds(1)));
+  goOn = true;
+  EXPECT_TRUE(p->waitFor(std::chrono::minutes(1)));
+  EXPECT_EQ(p->getProgress(), 1);
+}
+
 TEST(Steps, ShareTheProgressByTheirCostAndLeaveWhatTheyDoNotNeed) {
   const auto p = makeReady<Steps3>();
   p->costs = {1, 4, 15};
