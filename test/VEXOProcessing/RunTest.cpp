@@ -4,6 +4,13 @@
 
 #include "VEXOProcessing/TestProcessors.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+/// Memory that cannot be had must fail as it does without the sanitizer, not end the program.
+extern "C" VEXO_API const char* __asan_default_options() {
+  return "allocator_may_return_null=1";
+}
+#endif
+
 namespace {
 
 using namespace vexo;
