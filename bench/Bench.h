@@ -22,9 +22,7 @@ struct Case {
   std::optional<image::eImageBufferType> outType = std::nullopt;  ///< the input's, unless it is set
   unsigned largest = 0xffff;  ///< samples are random, from 0 to this, a power of 2 less 1, and the type
   /// One call: reads `in`, fills `out` (of the same geometry).
-  std::function<void(const image::ConstImagePtr& in,
-                     const image::ImagePtr& out)>
-      ours;
+  std::function<void(const image::ConstImagePtr& in, const image::ImagePtr& out)> ours;
 #ifdef VEXO_HAS_OPENCV
   std::function<void(const cv::Mat& in, cv::Mat& out)> peer;
 #endif
