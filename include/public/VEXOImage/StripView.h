@@ -9,9 +9,9 @@ namespace vexo::image {
 
 enum class eBorder { Mirror, Replicate, Circular, Constant };
 
-/// The index inside [0, n) that an index outside it stands for; -1 when it stands for the constant.
-static inline ptrdiff_t mapBorderIndex(eBorder border, ptrdiff_t i, ptrdiff_t n) {
-  if (i >= 0 && i < n) return i;
+/// The index inside [0, n) that an index outside it stands for; -1 when it stands for the constant. Out of
+/// line: in every loader it would be most of the code.
+[[gnu::noinline]] static inline ptrdiff_t mapOutsideIndex(eBorder border, ptrdiff_t i, ptrdiff_t n) {
   switch (border) {
     case eBorder::Replicate:
       return i < 0 ? 0 : n - 1;
@@ -27,6 +27,9 @@ static inline ptrdiff_t mapBorderIndex(eBorder border, ptrdiff_t i, ptrdiff_t n)
   ptrdiff_t m = i % (2 * n);
   if (m < 0) m += 2 * n;
   return m < n ? m : 2 * n - 1 - m;
+}
+static inline ptrdiff_t mapBorderIndex(eBorder border, ptrdiff_t i, ptrdiff_t n) {
+  return i >= 0 && i < n ? i : mapOutsideIndex(border, i, n);
 }
 
 /// A strip that is read: the part [begin, end) of an image, per axis X, Y, Z, and margins around it.
@@ -81,16 +84,20 @@ static inline const unsigned char* sourceRow(const StripSource& s, ptrdiff_t y, 
   return s.image + y * s.rowStride + z * s.sliceStride;
 }
 
-/// Address of the sample x of the row (y, z), the border applied to all three; null when it is the constant.
-static inline const unsigned char* sourceSample(const StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z) {
+/// Address of the sample x of the row (y, z), which lies at `row`, the border applied to all three; null when
+/// it is the constant.
+static inline const unsigned char* sourceSample(const StripSource& s, const unsigned char* row, ptrdiff_t x,
+                                                ptrdiff_t y, ptrdiff_t z) {
   const bool savedX = s.saved && s.savedAxis == 0 && (x < s.begin[0] || x >= s.end[0]);
-  const unsigned char* row = sourceRow(s, y, z);
   x = mapBorderIndex(s.border, x, s.size[0]);
   if (!row || x < 0) return nullptr;
   if (!savedX) return row + x * s.sampleSize;
   y = mapBorderIndex(s.border, y, s.size[1]);
   z = mapBorderIndex(s.border, z, s.size[2]);
   return s.saved + y * s.savedRowStride + z * s.savedSliceStride + s.savedPosition[x] * s.sampleSize;
+}
+static inline const unsigned char* sourceSample(const StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z) {
+  return sourceSample(s, sourceRow(s, y, z), x, y, z);
 }
 
 /// Address of the first column of a row of the target.

@@ -22,13 +22,24 @@ inline T readSample(const unsigned char* p) {
   return value;
 }
 
-/// Reads samples [x, x + n), one at a time, wherever they lie.
+// What a line holds beyond its row is little: its loops, out of line or no vectors, are kept small.
+
+/// Reads samples [x, x + n) of the row (y, z), one at a time, wherever they lie.
 template <class T, class To>
-inline void loadSamples(To* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z,
-                        ptrdiff_t n) {
+[[gnu::noinline]] void loadSamples(To* line, const image::StripSource& s, const unsigned char* row,
+                                   ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) {
   for (ptrdiff_t i = 0; i < n; ++i) {
-    const unsigned char* sample = image::sourceSample(s, x + i, y, z);
+    const unsigned char* sample = image::sourceSample(s, row, x + i, y, z);
     line[i] = To(readSample<T>(sample ? sample : s.constant));
+  }
+}
+
+/// Reads n samples from `last` backwards.
+template <class T, class To>
+inline void loadMirrored(To* line, const unsigned char* last, ptrdiff_t n) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    line[i] = To(readSample<T>(last - i * ptrdiff_t(sizeof(T))));
+    __asm__ volatile("");  // no vectors
   }
 }
 
@@ -37,7 +48,7 @@ template <class T, class To = float>
 void loadLine(To* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, ptrdiff_t z, ptrdiff_t n) {
   constexpr ptrdiff_t size = sizeof(T);
   const unsigned char* row = image::sourceRow(s, y, z);
-  if (!row) return loadSamples<T>(line, s, x, y, z, n);
+  if (!row) return loadSamples<T>(line, s, row, x, y, z, n);
 
   // Columns [first, last) can be read in the row. With them the line falls into pieces: outside on the left,
   // mirrored on the left, in the row, mirrored on the right, outside on the right. Mirrored pieces spare a
@@ -48,11 +59,11 @@ void loadLine(To* line, const image::StripSource& s, ptrdiff_t x, ptrdiff_t y, p
   const ptrdiff_t end = x + n;
   const ptrdiff_t a = clamp(first - mirrored, x, end), b = clamp(first, x, end);
   const ptrdiff_t c = clamp(last, x, end), d = clamp(last + mirrored, x, end);
-  loadSamples<T>(line, s, x, y, z, a - x);
-  for (ptrdiff_t i = a; i < b; ++i) line[i - x] = To(readSample<T>(row + (-1 - i) * size));
+  if (a > x) loadSamples<T>(line, s, row, x, y, z, a - x);
+  loadMirrored<T>(line + (a - x), row + (-1 - a) * size, b - a);
   for (ptrdiff_t i = b; i < c; ++i) line[i - x] = To(readSample<T>(row + i * size));
-  for (ptrdiff_t i = c; i < d; ++i) line[i - x] = To(readSample<T>(row + (2 * s.size[0] - 1 - i) * size));
-  loadSamples<T>(line + (d - x), s, d, y, z, end - d);
+  loadMirrored<T>(line + (c - x), row + (2 * s.size[0] - 1 - c) * size, d - c);
+  if (end > d) loadSamples<T>(line + (d - x), s, row, d, y, z, end - d);
 }
 
 /// A processor::StoreLine for integers.

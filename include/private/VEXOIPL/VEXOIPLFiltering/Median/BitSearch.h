@@ -68,9 +68,11 @@ struct SearchLayout : WindowLines {
   }
 };
 
-/// The medians of four vectors of pixels at column x of the lines.
+/// The medians of four vectors of pixels at column x of the lines. Out of line: among calls, which keep no
+/// vector register, the compiler would read constants from memory in the innermost loop.
 template <class T, class Key>
-inline void searchBlock(const SearchLayout& l, const Key* const* lines, ptrdiff_t x, Key* medians) {
+[[gnu::noinline]] void searchBlock(const SearchLayout& l, const Key* const* lines, ptrdiff_t x,
+                                   Key* medians) {
   typedef Key V __attribute__((vector_size(sizeof(FloatV))));
   using UnsignedKey = typename IntegersOf<sizeof(Key)>::Unsigned;
   typedef UnsignedKey Bits __attribute__((vector_size(sizeof(FloatV))));  // whose sums may wrap
@@ -96,7 +98,11 @@ inline void searchBlock(const SearchLayout& l, const Key* const* lines, ptrdiff_
         for (int i = 0; i < 4; ++i) {
           V keys;
           __builtin_memcpy(&keys, line + c + i * lanes, sizeof keys);
-          counts[i] -= keys < candidates[i];
+          // With masks for comparisons, adding under them was measured to be faster, but for 32-bit keys.
+          if constexpr (sizeof(V) == 64 && sizeof(Key) < 4)
+            counts[i] = keys < candidates[i] ? counts[i] + Key(1) : counts[i];
+          else
+            counts[i] -= keys < candidates[i];
         }
     }
 #pragma GCC unroll 4
