@@ -17,8 +17,9 @@ struct Bins {
 /// One bin per grey level while that is no more than 65536.
 Bins binsFor(image::eImageBufferType type, double minimum, double maximum) {
   if (getSampleSize(type) == 1) return {256, 1};
-  const double most = 65536, largest = std::numeric_limits<float>::max();  // in place of an infinity
-  double range = std::min(maximum, largest) - std::max(minimum, -largest);
+  // The largest float stands for an infinity, and for what a given range has beyond it.
+  constexpr double most = 65536, largest = std::numeric_limits<float>::max();
+  double range = std::clamp(maximum, -largest, largest) - std::clamp(minimum, -largest, largest);
   if (type != image::eImageBufferType::Real32) {
     range += 1.0;
     if (range < most) return {static_cast<std::size_t>(range), 1};
