@@ -64,7 +64,7 @@ TEST_P(InputRange, MayHaveNothingInCommonWithTheSamples) {
   for (const eImageBufferType type : {eImageBufferType::Real32, eImageBufferType::Int32})
     for (const char* range :
          {"minimum=1e300,maximum=1e301", "minimum=-1e301,maximum=-1e300", "minimum=5,maximum=5",
-          "minimum=-1e308,maximum=1e308", "minimum=0,maximum=1e-300"})
+          "minimum=-1e308,maximum=1e308", "minimum=0,maximum=1e-300", "minimum=0,maximum=-0"})
       EXPECT_NO_THROW(run(randomImage({30, 20, 3}, type), range)) << range;
 }
 

@@ -19,7 +19,8 @@ Bins binsFor(image::eImageBufferType type, double minimum, double maximum) {
   if (getSampleSize(type) == 1) return {256, 1};
   // The largest float stands for an infinity, and for what a given range has beyond it.
   constexpr double most = 65536, largest = std::numeric_limits<float>::max();
-  double range = std::clamp(maximum, -largest, largest) - std::clamp(minimum, -largest, largest);
+  // Without a sign: 0 to -0 is a range, too.
+  double range = std::abs(std::clamp(maximum, -largest, largest) - std::clamp(minimum, -largest, largest));
   if (type != image::eImageBufferType::Real32) {
     range += 1.0;
     if (range < most) return {static_cast<std::size_t>(range), 1};
