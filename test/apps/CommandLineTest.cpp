@@ -336,8 +336,8 @@ TEST_F(CommandLineTest, SignalsEndARunWithoutATrace) {
         "signal.signal(signal.SIGINT, signal.default_int_handler)\n"
         "run = subprocess.Popen(sys.argv[1:])\n"
         "def caught():\n"  // whether the program has got as far as to catch signals
-        " lines = dict(line.split(':', 1) for line in open(f'/proc/{run.pid}/status'))\n"
-        " return int(lines['SigCgt'], 16) & 0x4003 == 0x4003\n"
+        " lines = dict(line.split(\":\", 1) for line in open(f\"/proc/{run.pid}/status\"))\n"
+        " return int(lines[\"SigCgt\"], 16) & 0x4003 == 0x4003\n"
         "while not caught(): time.sleep(0.05)\n"
         "time.sleep(0.3)\n"
         "run.send_signal(signal.SIG" +
